@@ -1,0 +1,73 @@
+// Special matrices, sequences and the library's one random generator.
+#pragma once
+
+#include <varnow/containers/matrix.h>
+
+#include <cstdint>
+
+namespace varnow {
+
+namespace detail {
+/// The one generator of the library: the minimal-standard Lehmer sequence, multiplier 48271,
+/// modulus 2147483647 (Park and Miller, CACM 31 (1988) 1192; Schrage, ACM TOMS 5 (1979) 132).
+/// Starts at 12345.
+VARNOW_API extern std::uint32_t random_state;
+/// Takes one step and gives the new state.
+inline std::uint32_t random_step()
+{
+    std::uint32_t t1 = random_state % 44488u * 48271u;
+    std::uint32_t const t2 = random_state / 44488u * 3399u;
+    if (t1 < t2) t1 += 2147483647u;
+    return random_state = t1 - t2;
+}
+} // namespace detail
+
+// The one-argument forms are n by n.
+VARNOW_API matrix zeros(int r, int c);
+VARNOW_API matrix zeros(int n);
+VARNOW_API matrix ones(int r, int c);
+VARNOW_API matrix ones(int n);
+VARNOW_API matrix eye(int r, int c);
+VARNOW_API matrix eye(int n);
+/// Uniform draws in (0, 1), row after row.
+VARNOW_API matrix rand(int r, int c);
+VARNOW_API matrix rand(int n);
+/// Normal draws by the transform of Box and Muller, Ann. Math. Stat. 29 (1958) 610; pairs fill
+/// opposite ends of each column.
+VARNOW_API matrix randn(int r, int c);
+VARNOW_API matrix randn(int n);
+
+/// One row of n cells from a by repeated addition of (b - a) / (n - 1).
+VARNOW_API matrix linspace(double a, double b, int n);
+/// One row from a toward b by 1 or -1.
+VARNOW_API matrix seq(double a, double b);
+/// One row from a toward b by repeated addition of step. Refuses a step of the wrong sign or 0.
+VARNOW_API matrix seq(double a, double b, double step);
+template <class A, class B, class C, detail::if_number<A> = 0, detail::if_number<B> = 0,
+          detail::if_number<C> = 0>
+matrix seq(A a, B b, C step)
+{
+    return seq(static_cast<double>(a), static_cast<double>(b), static_cast<double>(step));
+}
+
+namespace detail {
+template <class... A>
+using if_decimals = std::enable_if_t<(sizeof...(A) > 0) && (std::is_arithmetic<A>::value && ...) &&
+                                         !(std::is_integral<A>::value && ...),
+                                     int>;
+VARNOW_API matrix listed(int count, std::initializer_list<double> values);
+} // namespace detail
+
+/// One row of the given numbers, of which at least one is a floating-point number.
+template <class... A, detail::if_decimals<A...> = 0> matrix c(A... values)
+{
+    return detail::listed(static_cast<int>(sizeof...(A)), {static_cast<double>(values)...});
+}
+
+/// One row of the first n of the numbers that follow.
+template <class... A> matrix vd(int n, A... values)
+{
+    return detail::listed(n, {static_cast<double>(values)...});
+}
+
+} // namespace varnow

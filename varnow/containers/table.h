@@ -1,0 +1,100 @@
+// table: data<Text> with text methods.
+#pragma once
+
+#include <varnow/containers/matrix.h>
+
+namespace varnow {
+
+/// A named grid of texts; the empty text is the missing value. A comma or a point is the decimal
+/// sign of a cell that is read as a number.
+class VARNOW_API table : public data<Text>
+{
+public:
+    table() = default;
+    table(int r, int c) : data<Text>(r, c) {}
+    table(data<Text> const& b) : data<Text>(b) {}
+    table(data<Text>&& b) noexcept : data<Text>(static_cast<data<Text>&&>(b)) {}
+    /// Whole numbers in the range of a 32-bit integer as integers, all else by `dtot(x, 0)`; names
+    /// kept.
+    table(matrix const& m);
+    table(table const&) = default;
+    table(table&&) noexcept = default;
+    ~table() = default;
+    table& operator=(table const&) = default;
+    table& operator=(table&&) noexcept = default;
+
+    void delete_table() noexcept { free(); }
+    void copy_table(table const& b) { *this = b; }
+    void copy_matrix(matrix const& m) { *this = table(m); }
+    /// Cells by com2dot and atof: 0 for an empty cell and for what is not a number. Names kept.
+    operator matrix() const;
+
+    table operator[](int j) const { return data<Text>::operator[](j); }
+    table operator[](Text const& name) const { return data<Text>::operator[](name); }
+    table operator[](char const* name) const { return data<Text>::operator[](Text(name)); }
+    table col(int j) const { return data<Text>::col(j); }
+    table row(int i) const { return data<Text>::row(i); }
+    table col(Vector const& idx) const { return data<Text>::col(idx); }
+    table row(Vector const& idx) const { return data<Text>::row(idx); }
+    table filter(Vector const& flags) const { return data<Text>::filter(flags); }
+    table sample_n(int n, int replace) const { return data<Text>::sample_n(n, replace); }
+    table sample_frac(double f, int replace) const { return data<Text>::sample_frac(f, replace); }
+
+    using data<Text>::operator+=;
+    /// Appends the text to every cell.
+    table& operator+=(Text x);
+    /// Names rows prefix + "R" + i and columns prefix + "C" + j; cell k, counted row by row, is
+    /// `cell` followed by k.
+    void test(Text const& prefix = Text(), Text const& cell = Text());
+
+    /// The columns, or rows when by_columns is 0, named in a row of labels (without regard to
+    /// case), in that order; all but these when exclude is not 0.
+    /// - refuses: labels that are not a row; a label that is not there
+    table select(table const& labels, int by_columns = 1, int exclude = 0) const;
+    /// The columns for which the predicate, called on each as a table of one column, is not 0.
+    table select_if(int (*f)(table const&)) const;
+    /// Reorders rows (columns when by_column is 0) by the numbers of line n, which `sort` orders as
+    /// texts.
+    void sortval(int n, Direction d = Ascending, int by_column = 1);
+    void sortval(Text const& name, Direction d = Ascending, int by_column = 1);
+};
+
+namespace detail {
+template <class A>
+constexpr bool is_text = std::is_same<A, Text>::value || std::is_convertible<A, char const*>::value;
+template <class... A> using if_texts = std::enable_if_t<(is_text<std::decay_t<A>> || ...), int>;
+} // namespace detail
+
+/// One row of texts. Numbers among them are written as the constructor of Text does.
+template <class... A, detail::if_texts<A...> = 0> table c(A const&... values)
+{
+    table r(1, static_cast<int>(sizeof...(A)));
+    int j = 0;
+    ((r.cell[0][j++] = Text(values)), ...);
+    return r;
+}
+
+/// Element-wise joining; names of the first table.
+VARNOW_API table operator+(table const& a, table const& b);
+VARNOW_API table operator+(Text const& a, table const& b);
+VARNOW_API table operator+(table const& a, Text const& b);
+
+/// True when a cell is not empty; false when one is empty.
+VARNOW_API bool any(table const& a);
+VARNOW_API bool all(table const& a);
+VARNOW_API bool isempty(table const& a);
+VARNOW_API bool issqr(table const& a);
+VARNOW_API bool issym(table const& a);
+
+/// All cells in one column, column after column, without names.
+VARNOW_API table vect(table const& a);
+/// The row names as a column, the column names as a row.
+VARNOW_API table rownames(table const& a);
+VARNOW_API table colnames(table const& a);
+VARNOW_API table rownames(matrix const& a);
+VARNOW_API table colnames(matrix const& a);
+
+VARNOW_API table forall(table const& a, Text (*f)(Text));
+VARNOW_API table forall(table const& a, Text (*f)(Text, double), double x);
+
+} // namespace varnow
