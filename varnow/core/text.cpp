@@ -1,0 +1,460 @@
+#include <varnow/core/text.h>
+
+#include <varnow/core/messages.h>
+#include <varnow/core/scalar.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <istream>
+#include <limits>
+#include <new>
+#include <ostream>
+#include <string_view>
+
+namespace varnow {
+
+namespace detail {
+
+char empty_text[1] = {0};
+
+char* new_text(int len)
+{
+    void* p = std::malloc(static_cast<std::size_t>(len) + 1);
+    if (!p) throw std::bad_alloc();
+    return static_cast<char*>(p);
+}
+
+void free_text(char* str, int) noexcept
+{
+    std::free(str);
+}
+
+} // namespace detail
+
+namespace {
+
+// A text of n characters for the caller to fill; its terminator stands.
+Text blank_text(std::size_t n)
+{
+    if (n > INT_MAX - 1) throw std::bad_alloc();
+    Text r;
+    if (n == 0) return r;
+    r.str = detail::new_text(static_cast<int>(n));
+    r.len = static_cast<int>(n);
+    r.str[n] = 0;
+    return r;
+}
+
+// Copies n bytes up to the first zero byte; the rest and the terminator are zero.
+void copy_text(char* to, char const* from, std::size_t n)
+{
+    std::memcpy(to, from, n);
+    to[n] = 0;
+    std::size_t const end = std::strlen(to);
+    if (end < n) std::memset(to + end, 0, n - end);
+}
+
+Text join(char const* a, std::size_t a_len, char const* b, std::size_t b_len)
+{
+    Text r = blank_text(a_len + b_len);
+    if (r.len == 0) return r;
+    std::size_t const from_a = ::strnlen(a, a_len), from_b = ::strnlen(b, b_len);
+    std::memcpy(r.str, a, from_a);
+    std::memcpy(r.str + from_a, b, from_b);
+    std::memset(r.str + from_a + from_b, 0, a_len + b_len - from_a - from_b);
+    return r;
+}
+
+std::size_t size(Text const& x)
+{
+    return x.str ? static_cast<std::size_t>(x.len) : 0;
+}
+
+std::string_view view(Text const& x)
+{
+    return {x.str, static_cast<std::size_t>(x.len)};
+}
+
+// Positions of a search count from 1; nothing found is -1.
+int position(std::size_t found)
+{
+    return found == std::string_view::npos ? -1 : static_cast<int>(found) + 1;
+}
+
+// The index of the first byte that differs, or n.
+int first_difference(char const* a, char const* b, int n)
+{
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        std::uint64_t x, y;
+        std::memcpy(&x, a + i, 8);
+        std::memcpy(&y, b + i, 8);
+        if (x != y) break;
+    }
+    while (i < n && a[i] == b[i]) ++i;
+    return i;
+}
+
+template <class F> Text each_byte(Text const& x, F f)
+{
+    Text r = blank_text(size(x));
+    for (int i = 0; i < r.len; ++i) r.str[i] = f(x.str[i]);
+    return r;
+}
+
+template <class I> Text decimal(I i)
+{
+    char digits[3 * sizeof(I) + 1];
+    char* p = digits + sizeof digits;
+    using U = std::make_unsigned_t<I>;
+    U rest = i < 0 ? U(0) - static_cast<U>(i) : static_cast<U>(i);
+    do {
+        *--p = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest);
+    if (i < 0) *--p = '-';
+    return Text(p, static_cast<std::size_t>(digits + sizeof digits - p));
+}
+
+Text fixed(double x, int decimals)
+{
+    if (std::isnan(x)) return Text();
+    char buffer[352];
+    int const n = std::snprintf(buffer, sizeof buffer, "%.*f", decimals, x);
+    if (n < 0) throw std::bad_alloc();
+    if (static_cast<std::size_t>(n) < sizeof buffer) return Text(buffer, std::size_t(n));
+    Text r = blank_text(static_cast<std::size_t>(n));
+    std::snprintf(r.str, static_cast<std::size_t>(n) + 1, "%.*f", decimals, x);
+    return r;
+}
+
+bool is_space(int c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+int skip_space(std::FILE* f)
+{
+    int c;
+    do c = std::getc(f);
+    while (is_space(c));
+    return c;
+}
+
+// A decimal number and the white space behind it; -1 where none stands. Too large numbers end at
+// INT_MAX - 1.
+int read_length(std::FILE* f)
+{
+    int c = skip_space(f);
+    bool const negative = c == '-';
+    if (c == '-' || c == '+') c = std::getc(f);
+    if (c < '0' || c > '9') {
+        std::ungetc(c, f);
+        return -1;
+    }
+    long long n = 0;
+    for (; c >= '0' && c <= '9'; c = std::getc(f))
+        n = std::min<long long>(n * 10 + (c - '0'), INT_MAX - 1);
+    if (is_space(c)) c = skip_space(f);
+    std::ungetc(c, f);
+    return static_cast<int>(negative ? -n : n);
+}
+
+} // namespace
+
+void Text::assign(char const* s, std::size_t n)
+{
+    if (n == 0) return;
+    Text r = blank_text(n);
+    std::memcpy(r.str, s, n);
+    *this = std::move(r);
+}
+
+void Text::copy_from(Text const& b)
+{
+    if (!b.str) {
+        len = 0;
+        return;
+    }
+    str = detail::new_text(b.len);
+    copy_text(str, b.str, static_cast<std::size_t>(b.len));
+}
+
+void Text::release() noexcept
+{
+    if (str) detail::free_text(str, len);
+}
+
+Text& Text::replace_by(Text const& b)
+{
+    if (this == &b) return *this;
+    if (len == b.len && str && b.str)
+        copy_text(str, b.str, static_cast<std::size_t>(len));
+    else
+        *this = Text(b);
+    return *this;
+}
+
+Text& Text::operator=(char const* s)
+{
+    return *this = Text(s);
+}
+
+Text& Text::operator+=(Text const& b)
+{
+    return *this = *this + b;
+}
+
+Text::Text(int i) : Text(decimal(i)) {}
+
+Text::Text(long i) : Text(decimal(i)) {}
+
+Text::Text(double d) : Text(fixed(d, 12)) {}
+
+Text::operator double() const
+{
+    return ttod(*this);
+}
+
+int Text::exist(char c) const
+{
+    return firstpos(c) > 0;
+}
+
+int Text::firstpos(char c) const
+{
+    return position(view(*this).find(c));
+}
+
+int Text::lastpos(char c) const
+{
+    return position(view(*this).rfind(c));
+}
+
+int Text::nthpos(char c, int k) const
+{
+    if (k < 1) return -1;
+    std::string_view const x = view(*this);
+    std::size_t at = x.find(c);
+    while (--k > 0 && at != x.npos) at = x.find(c, at + 1);
+    return position(at);
+}
+
+int Text::exist(Text const& s) const
+{
+    return firstpos(s) > 0;
+}
+
+int Text::firstpos(Text const& s) const
+{
+    return s.len == 0 ? -1 : position(view(*this).find(view(s)));
+}
+
+int Text::lastpos(Text const& s) const
+{
+    return s.len == 0 ? -1 : position(view(*this).rfind(view(s)));
+}
+
+Text Text::letter(int i) const
+{
+    return i < 1 || i > len ? Text() : Text(str[i - 1]);
+}
+
+void Text::read(std::FILE* f)
+{
+    *this = Text();
+    int const wanted = read_length(f);
+    // The buffer grows with what the file delivers, so that a damaged length costs no memory.
+    std::string bytes;
+    for (std::size_t step = 1 << 16; wanted > 0 && bytes.size() < std::size_t(wanted); step *= 2) {
+        std::size_t const had = bytes.size(), ask = std::min(step, std::size_t(wanted) - had);
+        bytes.resize(had + ask);
+        std::size_t const got = std::fread(&bytes[had], 1, ask, f);
+        bytes.resize(had + got);
+        if (got < ask) break;
+    }
+    assign(bytes.data(), bytes.size());
+}
+
+void Text::write(std::FILE* f) const
+{
+    std::fprintf(f, "%d ", len);
+    std::fwrite(str, 1, static_cast<std::size_t>(len), f);
+}
+
+void Text::read_file(char const* name)
+{
+    *this = Text(varnow::read_file(name));
+}
+
+std::string read_file(char const* name)
+{
+    auto refuse = [name] {
+        errormessage("TEXT", "read_file(char*)", "Nieudane otwarcie pliku:", name);
+        return std::string();
+    };
+    std::FILE* f = std::fopen(name, "rt");
+    if (!f) return refuse();
+    std::string content;
+    char block[1 << 14];
+    bool at_end = false;
+    while (!at_end) {
+        std::size_t const got = std::fread(block, 1, sizeof block, f);
+        char* const end = std::find(block, block + got, '\xFF');
+        at_end = got < sizeof block || end < block + got;
+        content.append(block, std::remove(block, end, '\r'));
+    }
+    // A directory opens on some systems, and only reading fails.
+    bool const failed = std::ferror(f) != 0;
+    std::fclose(f);
+    return failed ? refuse() : content;
+}
+
+Text read_file(Text const& name)
+{
+    return Text(read_file(name.str));
+}
+
+Text operator+(Text const& a, Text const& b)
+{
+    return join(a.str, size(a), b.str, size(b));
+}
+
+Text operator+(Text const& a, char const* b)
+{
+    return join(a.str, size(a), b, std::strlen(b));
+}
+
+Text operator+(char const* a, Text const& b)
+{
+    return join(a, std::strlen(a), b.str, size(b));
+}
+
+int operator<(Text const& a, Text const& b)
+{
+    int const n = std::min(a.len, b.len);
+    int const i = first_difference(a.str, b.str, n);
+    if (i == n) return a.len < b.len;
+    return static_cast<signed char>(a.str[i]) < static_cast<signed char>(b.str[i]);
+}
+
+std::ostream& operator<<(std::ostream& o, Text const& a)
+{
+    if (a.str)
+        o << a.str;
+    else
+        o.setstate(std::ios_base::badbit);
+    return o;
+}
+
+std::istream& operator>>(std::istream& i, Text& a)
+{
+    std::string word;
+    i >> word;
+    a = word.c_str();
+    return i;
+}
+
+Text itot(int i)
+{
+    return decimal(i);
+}
+
+Text ltot(long i)
+{
+    return decimal(i);
+}
+
+Text dtot(double x, int n)
+{
+    return fixed(x, n < 1 ? 6 : n);
+}
+
+Text dtotl(double x)
+{
+    return fixed(x, 12);
+}
+
+Text dtots(double x)
+{
+    return fixed(x, 2);
+}
+
+Text fperc(double x, int n)
+{
+    double const scale = powi(10, n);
+    return dtot(std::floor(x * 100 * scale + 0.5) / scale, n);
+}
+
+Text fperc2(double x, int n)
+{
+    return std::isnan(x) ? Text() : fperc(x, n) + "%";
+}
+
+int ttoi(Text const& x)
+{
+    return std::atoi(x.str);
+}
+
+double ttod(Text const& x)
+{
+    double const missing = std::numeric_limits<double>::quiet_NaN();
+    if (x.len == 0) return missing;
+    std::string_view const point = std::localeconv()->decimal_point;
+    if (point == ".") return std::atof(com2dot(x).str);
+    if (point == ",") return std::atof(dot2com(x).str);
+    return missing;
+}
+
+Text replace(Text const& x, char a, char b)
+{
+    return each_byte(x, [a, b](char c) { return c == a ? b : c; });
+}
+
+Text replace(Text const& x, Text const& a, Text const& b)
+{
+    if (a.len == 0 || a.len > x.len) return x;
+    std::string_view const text = view(x), old = view(a);
+    std::size_t count = 0;
+    for (std::size_t at = text.find(old); at != text.npos; at = text.find(old, at + old.size()))
+        ++count;
+    if (count == 0) return x;
+    Text r = blank_text(text.size() - count * old.size() + count * size(b));
+    char* to = r.str;
+    std::size_t from = 0;
+    for (; count > 0; --count) {
+        std::size_t const at = text.find(old, from);
+        to = std::copy(text.begin() + from, text.begin() + at, to);
+        to = std::copy(b.str, b.str + b.len, to);
+        from = at + old.size();
+    }
+    std::copy(text.begin() + from, text.end(), to);
+    return r;
+}
+
+Text dot2com(Text const& x)
+{
+    return replace(x, '.', ',');
+}
+
+Text com2dot(Text const& x)
+{
+    return replace(x, ',', '.');
+}
+
+Text to_upper(Text const& x)
+{
+    return each_byte(x, [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
+}
+
+Text to_lower(Text const& x)
+{
+    return each_byte(x, [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+}
+
+} // namespace varnow
