@@ -8,14 +8,35 @@
 
 namespace varnow {
 
-template <> double StoT<double>(char const* s) { return std::atof(s); }
+template <> double StoT<double>(char const* s)
+{
+    return std::atof(s);
+}
 
-template <> Text TtoU<Text, Text>(Text x) { return x; }
-template <> double TtoU<Text, double>(Text x) { return ttod(x); }
-template <> int TtoU<Text, int>(Text x) { return ttoi(x); }
-template <> Text TtoU<double, Text>(double x) { return dtot(x, 0); }
-template <> double TtoU<double, double>(double x) { return x; }
-template <> int TtoU<double, int>(double x) { return static_cast<int>(x); }
+template <> Text TtoU<Text, Text>(Text x)
+{
+    return x;
+}
+template <> double TtoU<Text, double>(Text x)
+{
+    return ttod(x);
+}
+template <> int TtoU<Text, int>(Text x)
+{
+    return ttoi(x);
+}
+template <> Text TtoU<double, Text>(double x)
+{
+    return dtot(x, 0);
+}
+template <> double TtoU<double, double>(double x)
+{
+    return x;
+}
+template <> int TtoU<double, int>(double x)
+{
+    return static_cast<int>(x);
+}
 
 namespace {
 
@@ -25,7 +46,8 @@ template <class T> void copy_cells(data<T> const& from, data<T>& to)
         int const left = from.rows - i;
         int const k = std::min(detail::straight_rows(from.cell + i, from.cols, left),
                                detail::straight_rows(to.cell + i, from.cols, left));
-        std::copy(from.cell[i], from.cell[i] + static_cast<std::ptrdiff_t>(k) * from.cols, to.cell[i]);
+        std::copy(from.cell[i], from.cell[i] + static_cast<std::ptrdiff_t>(k) * from.cols,
+                  to.cell[i]);
         i += k;
     }
 }
@@ -253,7 +275,8 @@ template <class T> T& data<T>::element(Text const& r, int j) const
 template <class T> T& data<T>::element(Text const& r, Text const& c) const
 {
     auto refuse = [&](char const* why) {
-        errormessage<T>("_T_ & operator ()(Text,Text)", why, detail::index_detail(rows, cols, r, c));
+        errormessage<T>("_T_ & operator ()(Text,Text)", why,
+                        detail::index_detail(rows, cols, r, c));
     };
     int const i = find_row(r, 1);
     if (i < 1) refuse("nie znaleziono wiersza");
@@ -321,11 +344,11 @@ template <class T, class U> void copynames(data<T> const& from, data<U>& to)
     template void name(data<double> const&, data<Text>&);                                          \
     template void name(data<Text> const&, data<double>&);                                          \
     template void name(data<Text> const&, data<Text>&);
-INSTANCES(copynames) INSTANCES(copynames_r2r) INSTANCES(copynames_c2c) INSTANCES(copynames_r2c)
-INSTANCES(copynames_c2r)
+INSTANCES(copynames)
+INSTANCES(copynames_r2r) INSTANCES(copynames_c2c) INSTANCES(copynames_r2c) INSTANCES(copynames_c2r)
 #undef INSTANCES
 
-template class data<double>;
+    template class data<double>;
 template class data<Text>;
 
 } // namespace varnow

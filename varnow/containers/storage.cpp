@@ -21,10 +21,11 @@ struct alignas(16) block
     std::size_t kind;
 };
 constexpr std::size_t kind_names = 1, kind_numbers = 2, kind_texts = 3;
-template <class T> constexpr std::size_t kind_of = std::is_same<T, Text>::value ? kind_texts : kind_numbers;
+template <class T>
+constexpr std::size_t kind_of = std::is_same<T, Text>::value ? kind_texts : kind_numbers;
 
-// Released large arrays wait here for the next request of the same shape, with row pointers and empty
-// texts in place: fresh pages cost more than most loops over them. The oldest goes first.
+// Released large arrays wait here for the next request of the same shape, with row pointers and
+// empty texts in place: fresh pages cost more than most loops over them. The oldest goes first.
 class shelf
 {
 public:
@@ -94,7 +95,8 @@ bool worth_keeping(std::size_t bytes)
 }
 
 // A block of that shape, `fresh` when its content is not set up yet.
-block* new_block(std::size_t kind, std::size_t rows, std::size_t cols, std::size_t bytes, bool& fresh)
+block* new_block(std::size_t kind, std::size_t rows, std::size_t cols, std::size_t bytes,
+                 bool& fresh)
 {
     if (worth_keeping(bytes))
         if (block* const b = kept_blocks().take(kind, rows, cols)) {
@@ -116,7 +118,10 @@ void free_block(block* b) noexcept
         std::free(b);
 }
 
-template <class T> T** row_pointers(block* b) { return reinterpret_cast<T**>(b + 1); }
+template <class T> T** row_pointers(block* b)
+{
+    return reinterpret_cast<T**>(b + 1);
+}
 
 // The cells stand behind the row pointers on a cache line.
 template <class T> T* first_cell(block* b)
@@ -127,7 +132,8 @@ template <class T> T* first_cell(block* b)
 
 std::size_t checked_product(std::size_t a, std::size_t b)
 {
-    constexpr std::size_t most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / 4;
+    constexpr std::size_t most =
+        static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / 4;
     if (b != 0 && a > most / b) throw std::bad_array_new_length();
     return a * b;
 }

@@ -7,8 +7,8 @@
 
 namespace varnow::detail {
 
-/// An array of row pointers and, in the same block, the rows they point at: Text cells empty, double cells
-/// undefined. Negative or overflowing sizes throw std::bad_array_new_length.
+/// An array of row pointers and, in the same block, the rows they point at: Text cells empty,
+/// double cells undefined. Negative or overflowing sizes throw std::bad_array_new_length.
 template <class T> T** new_cells(int rows, int cols);
 /// Takes any state of the pointers that exchanges of rows leave. Null is nothing.
 template <class T> void free_cells(T** cell) noexcept;
