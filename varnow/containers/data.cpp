@@ -345,7 +345,8 @@ template <class T, class U> void copynames(data<T> const& from, data<U>& to)
     template void name(data<Text> const&, data<double>&);                                          \
     template void name(data<Text> const&, data<Text>&);
 INSTANCES(copynames)
-INSTANCES(copynames_r2r) INSTANCES(copynames_c2c) INSTANCES(copynames_r2c) INSTANCES(copynames_c2r)
+INSTANCES(copynames_r2r)
+INSTANCES(copynames_c2c) INSTANCES(copynames_r2c) INSTANCES(copynames_c2r)
 #undef INSTANCES
 
     template class data<double>;

@@ -54,6 +54,14 @@ template <> inline Text StoT<Text>(char const* s)
     return Text(s);
 }
 
+namespace detail {
+/// x truncated toward zero to 32 bits; NaN and what is out of range give the integer minimum.
+inline int truncated(double x)
+{
+    return x > -2147483649.0 && x < 2147483648.0 ? static_cast<int>(x) : -2147483647 - 1;
+}
+} // namespace detail
+
 /// One cell converted to another type. A double becomes a text by `dtot(x, 0)` and an int by
 /// truncation toward zero; a text is read by `ttod`, `ttoi` or as a date.
 template <class T, class U> U TtoU(T x);
