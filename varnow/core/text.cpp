@@ -2,6 +2,7 @@
 
 #include <varnow/core/messages.h>
 #include <varnow/core/scalar.h>
+#include <varnow/core/textbuild.h>
 
 #include <algorithm>
 #include <cctype>
@@ -34,21 +35,23 @@ void free_text(char* str, int) noexcept
     std::free(str);
 }
 
-} // namespace detail
-
-namespace {
-
-// A text of n characters for the caller to fill; its terminator stands.
 Text blank_text(std::size_t n)
 {
     if (n > INT_MAX - 1) throw std::bad_alloc();
     Text r;
     if (n == 0) return r;
-    r.str = detail::new_text(static_cast<int>(n));
+    r.str = new_text(static_cast<int>(n));
     r.len = static_cast<int>(n);
     r.str[n] = 0;
     return r;
 }
+
+} // namespace detail
+
+namespace {
+
+using detail::blank_text;
+using detail::each_byte;
 
 // Copies n bytes up to the first zero byte; the rest and the terminator are zero.
 void copy_text(char* to, char const* from, std::size_t n)
@@ -98,13 +101,6 @@ int first_difference(char const* a, char const* b, int n)
     }
     while (i < n && a[i] == b[i]) ++i;
     return i;
-}
-
-template <class F> Text each_byte(Text const& x, F f)
-{
-    Text r = blank_text(size(x));
-    for (int i = 0; i < r.len; ++i) r.str[i] = f(x.str[i]);
-    return r;
 }
 
 template <class I> Text decimal(I i)
