@@ -43,14 +43,14 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvarnowr0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SUGGESTS "r-base-core, r-cran-rcpp")
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "numerical work, statistics and data tables - shared library
- Varnow reads delimited data, shapes it, fits and rates score models,
- simulates, and writes reports. This package holds what programs need to run.")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION 
+    "Varnow reads delimited data, shapes it, fits and rates score models, simulates,
+and writes reports. This package holds the shared library.")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libvarnowr-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libvarnowr0 (= ${PROJECT_VERSION})")
-set(CPACK_COMPONENT_DEV_DESCRIPTION "numerical work, statistics and data tables - development files
- Varnow reads delimited data, shapes it, fits and rates score models,
- simulates, and writes reports. This package holds what is needed to build
- programs: headers, the CMake and pkg-config files, and examples.")
+set(CPACK_COMPONENT_DEV_DESCRIPTION 
+    "Varnow reads delimited data, shapes it, fits and rates score models, simulates,
+and writes reports. This package holds what programs are built with: headers,
+the CMake and pkg-config files, and examples.")
 include(CPack)
