@@ -120,17 +120,11 @@ int islegald(sdate const& s)
     return g >= calendar_begin && survives_rebuilding(s, g);
 }
 
-date::date(char const* s) : number(legald(ttosd(s)))
-{
-}
+date::date(char const* s) : number(legald(ttosd(s))) {}
 
-date::date(Text const& s) : number(legald(ttosd(s)))
-{
-}
+date::date(Text const& s) : number(legald(ttosd(s))) {}
 
-date::date(long y, long m, long d) : number(legald({y, m, d}))
-{
-}
+date::date(long y, long m, long d) : number(legald({y, m, d})) {}
 
 date& date::operator=(char const* s)
 {

@@ -82,9 +82,7 @@ date operator+(date const& x, N n)
 template <class N, std::enable_if_t<std::is_integral<N>::value, int> = 0>
 date operator-(date const& x, N n)
 {
-    date r = x;
-    r.number = detail::wrapping_minus(x.number, static_cast<long>(n));
-    return r;
+    return dmod(x, detail::wrapping_minus(0, static_cast<long>(n)));
 }
 /// Days from b to a.
 inline long operator-(date const& a, date const& b)
@@ -92,16 +90,21 @@ inline long operator-(date const& a, date const& b)
     return detail::wrapping_minus(a.number, b.number);
 }
 
-// clang-format off
-#define VARNOW_COMPARE(op)                                                                             \
-    inline int operator op(date const& a, date const& b) { return a.number op b.number; }
-VARNOW_COMPARE(==) VARNOW_COMPARE(!=) VARNOW_COMPARE(<) VARNOW_COMPARE(<=) VARNOW_COMPARE(>) VARNOW_COMPARE(>=)
-#undef VARNOW_COMPARE
-// clang-format on
-
 /// As datot writes.
 VARNOW_API std::ostream& operator<<(std::ostream& o, date const& x);
 /// A word as date(Text) reads it; where no word is left, x stays.
 VARNOW_API std::istream& operator>>(std::istream& i, date& x);
+
+// A text is compared as the date that it holds.
+// clang-format off
+#define VARNOW_COMPARE(op)                                                                             \
+    inline int operator op(date const& a, date const& b) { return a.number op b.number; }              \
+    inline int operator op(date const& a, Text const& b) { return a op date(b); }                      \
+    inline int operator op(Text const& a, date const& b) { return date(a) op b; }                      \
+    inline int operator op(date const& a, char const* b) { return a op date(b); }                      \
+    inline int operator op(char const* a, date const& b) { return date(a) op b; }
+VARNOW_COMPARE(==) VARNOW_COMPARE(!=) VARNOW_COMPARE(<) VARNOW_COMPARE(<=) VARNOW_COMPARE(>) VARNOW_COMPARE(>=)
+#undef VARNOW_COMPARE
+// clang-format on
 
 } // namespace varnow

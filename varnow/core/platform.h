@@ -33,5 +33,8 @@ VARNOW_API int replace_file(char const* from, char const* to);
 VARNOW_API std::string temporary_name();
 VARNOW_API long process_id();
 
+/// The decimal sign of the current C locale, as localeconv gives it.
+VARNOW_API char const* decimal_point();
+
 } // namespace platform
 } // namespace varnow

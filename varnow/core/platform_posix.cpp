@@ -8,6 +8,7 @@
 #include <cstring>
 #include <ctime>
 
+#include <langinfo.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
@@ -154,6 +155,12 @@ std::string temporary_name()
 long process_id()
 {
     return static_cast<long>(getpid());
+}
+
+char const* decimal_point()
+{
+    // localeconv gathers the whole locale, which takes longer than reading a number.
+    return nl_langinfo(RADIXCHAR);
 }
 
 } // namespace platform

@@ -6,6 +6,7 @@
 #include <varnow/core/platform.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -89,6 +90,11 @@ std::string temporary_name()
 long process_id()
 {
     return static_cast<long>(GetCurrentProcessId());
+}
+
+char const* decimal_point()
+{
+    return std::localeconv()->decimal_point;
 }
 
 } // namespace platform

@@ -1,13 +1,14 @@
 #include <varnow/core/text.h>
 
+#include <varnow/core/format.h>
 #include <varnow/core/messages.h>
+#include <varnow/core/parse.h>
+#include <varnow/core/platform.h>
 #include <varnow/core/scalar.h>
 #include <varnow/core/textbuild.h>
 
 #include <algorithm>
-#include <cctype>
 #include <climits>
-#include <clocale>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -22,18 +23,6 @@ namespace varnow {
 namespace detail {
 
 char empty_text[1] = {0};
-
-char* new_text(int len)
-{
-    void* p = std::malloc(static_cast<std::size_t>(len) + 1);
-    if (!p) throw std::bad_alloc();
-    return static_cast<char*>(p);
-}
-
-void free_text(char* str, int) noexcept
-{
-    std::free(str);
-}
 
 Text blank_text(std::size_t n)
 {
@@ -103,27 +92,29 @@ int first_difference(char const* a, char const* b, int n)
     return i;
 }
 
-template <class I> Text decimal(I i)
+Text decimal(long i)
 {
-    char digits[3 * sizeof(I) + 1];
-    char* p = digits + sizeof digits;
-    using U = std::make_unsigned_t<I>;
-    U rest = i < 0 ? U(0) - static_cast<U>(i) : static_cast<U>(i);
-    do {
-        *--p = static_cast<char>('0' + rest % 10);
-        rest /= 10;
-    } while (rest);
-    if (i < 0) *--p = '-';
-    return Text(p, static_cast<std::size_t>(digits + sizeof digits - p));
+    char digits[24];
+    char* to = digits;
+    auto magnitude = static_cast<std::uint64_t>(i);
+    if (i < 0) {
+        *to++ = '-';
+        magnitude = 0 - magnitude;
+    }
+    to = detail::put_digits(to, magnitude);
+    return Text(digits, static_cast<std::size_t>(to - digits));
 }
 
 Text fixed(double x, int decimals)
 {
     if (std::isnan(x)) return Text();
-    char buffer[352];
-    int const n = std::snprintf(buffer, sizeof buffer, "%.*f", decimals, x);
+    if (decimals <= 12) {
+        char digits[detail::fixed_room(12)];
+        char const* const end = detail::format_fixed(digits, x, decimals);
+        return Text(digits, static_cast<std::size_t>(end - digits));
+    }
+    int const n = std::snprintf(nullptr, 0, "%.*f", decimals, x);
     if (n < 0) throw std::bad_alloc();
-    if (static_cast<std::size_t>(n) < sizeof buffer) return Text(buffer, std::size_t(n));
     Text r = blank_text(static_cast<std::size_t>(n));
     std::snprintf(r.str, static_cast<std::size_t>(n) + 1, "%.*f", decimals, x);
     return r;
@@ -401,10 +392,12 @@ double ttod(Text const& x)
 {
     double const missing = std::numeric_limits<double>::quiet_NaN();
     if (x.len == 0) return missing;
-    std::string_view const point = std::localeconv()->decimal_point;
-    if (point == ".") return std::atof(com2dot(x).str);
-    if (point == ",") return std::atof(dot2com(x).str);
-    return missing;
+    std::string_view const point = platform::decimal_point();
+    if (point != "." && point != ",") return missing;
+    // Both signs become the locale's, so a plain number reads the same in either locale.
+    double number;
+    if (detail::parse_plain(x.str, x.str + x.len, true, number)) return number;
+    return std::strtod((point == "." ? com2dot(x) : dot2com(x)).str, nullptr);
 }
 
 Text replace(Text const& x, char a, char b)

@@ -1,0 +1,18 @@
+// Internal: fast reading of numbers, bit for bit as the C library reads them.
+#pragma once
+
+#include <varnow/core/export.h>
+
+namespace varnow {
+namespace detail {
+
+/// Reads the number that starts a text, as atof does where the decimal sign is ".", except that
+/// with `comma` a "," is a "." too. False for what only the C library knows: hexadecimal numbers,
+/// infinities, NaN, and values out of range.
+VARNOW_API bool parse_plain(char const* begin, char const* end, bool comma, double& x);
+
+/// What atof gives for the text, in the current locale. With `comma` every "," is first made a ".".
+VARNOW_API double parse_double(char const* begin, char const* end, bool comma = false);
+
+} // namespace detail
+} // namespace varnow
