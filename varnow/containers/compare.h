@@ -6,6 +6,10 @@
 
 namespace varnow {
 
+namespace detail {
+template <class A> using if_plain_texts = std::enable_if_t<std::is_same<A, data<Text>>::value, int>;
+} // namespace detail
+
 // Each of == != < <= > >= between a table or matrix of one column and a scalar, in both orders,
 // gives a Vector of 0 and 1. Cells of a table are taken as the kind of the scalar: as texts against
 // a text, as numbers (the empty cell is NaN) against a number, as dates against a date. A whole
@@ -32,7 +36,7 @@ namespace varnow {
     { return a op static_cast<double>(b); }                                                            \
     template <class S, detail::if_number<S> = 0> Vector operator op(S a, matrix const& b)              \
     { return static_cast<double>(a) op b; }                                                            \
-    template <class A, detail::if_plain<A> = 0> Vector operator op(A const& a, A const& b)             \
+    template <class A, detail::if_plain_texts<A> = 0> Vector operator op(A const& a, A const& b)       \
     { return table(a) op table(b); }
 VARNOW_COMPARE(==) VARNOW_COMPARE(!=) VARNOW_COMPARE(<) VARNOW_COMPARE(<=) VARNOW_COMPARE(>) VARNOW_COMPARE(>=)
 #undef VARNOW_COMPARE

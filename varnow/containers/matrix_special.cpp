@@ -1,5 +1,7 @@
 #include <varnow/containers/matrix_special.h>
 
+#include <varnow/containers/cellwise.h>
+
 #include <algorithm>
 #include <climits>
 
@@ -29,11 +31,6 @@ matrix progression(double a, double step, int n)
     return r;
 }
 
-void set_cells(matrix& a, double x)
-{
-    for (int i = 0; i < a.rows; ++i) std::fill_n(a.cell[i], a.cols, x);
-}
-
 // The sine and the cosine value of one normal pair.
 struct normal_pair
 {
@@ -52,12 +49,12 @@ normal_pair draw_normal()
 
 void matrix::zeros()
 {
-    set_cells(*this, 0);
+    detail::set_cells(*this, [] { return 0.0; });
 }
 
 void matrix::ones()
 {
-    set_cells(*this, 1);
+    detail::set_cells(*this, [] { return 1.0; });
 }
 
 void matrix::eye()
@@ -93,8 +90,7 @@ void matrix::randn()
 
 void matrix::test(double start, Text const& prefix)
 {
-    for (int i = 0; i < rows; ++i) rnames[i] = prefix + "R" + itot(i + 1);
-    for (int j = 0; j < cols; ++j) cnames[j] = prefix + "C" + itot(j + 1);
+    detail::number_names(*this, prefix);
     double k = 0;
     for (int i = 0; i < rows; ++i)
         for (int j = 0; j < cols; ++j) cell[i][j] = ++k + start;

@@ -66,12 +66,20 @@ template <class... A> using if_texts = std::enable_if_t<(is_text<std::decay_t<A>
 } // namespace detail
 
 /// One row of texts. Numbers among them are written as the constructor of Text does.
-template <class... A, detail::if_texts<A...> = 0> table c(A const&... values)
+template <int = 0, class... A, detail::if_texts<A...> = 0> table c(A const&... values)
 {
     table r(1, static_cast<int>(sizeof...(A)));
     int j = 0;
     ((r.cell[0][j++] = Text(values)), ...);
     return r;
+}
+
+/// The same with the cell type named, `c<Text>("a", "b")`.
+template <class T, class... A,
+          std::enable_if_t<std::is_same<T, Text>::value && (sizeof...(A) > 0), int> = 0>
+data<T> c(A const&... values)
+{
+    return c(Text(values)...);
 }
 
 /// Element-wise joining; names of the first table.
