@@ -20,52 +20,10 @@
 
 namespace varnow {
 
-namespace detail {
-
-char empty_text[1] = {0};
-
-Text blank_text(std::size_t n)
-{
-    if (n > INT_MAX - 1) throw std::bad_alloc();
-    Text r;
-    if (n == 0) return r;
-    r.str = new_text(static_cast<int>(n));
-    r.len = static_cast<int>(n);
-    r.str[n] = 0;
-    return r;
-}
-
-} // namespace detail
-
 namespace {
 
 using detail::blank_text;
 using detail::each_byte;
-
-// Copies n bytes up to the first zero byte; the rest and the terminator are zero.
-void copy_text(char* to, char const* from, std::size_t n)
-{
-    std::memcpy(to, from, n);
-    to[n] = 0;
-    std::size_t const end = std::strlen(to);
-    if (end < n) std::memset(to + end, 0, n - end);
-}
-
-Text join(char const* a, std::size_t a_len, char const* b, std::size_t b_len)
-{
-    Text r = blank_text(a_len + b_len);
-    if (r.len == 0) return r;
-    std::size_t const from_a = ::strnlen(a, a_len), from_b = ::strnlen(b, b_len);
-    std::memcpy(r.str, a, from_a);
-    std::memcpy(r.str + from_a, b, from_b);
-    std::memset(r.str + from_a + from_b, 0, a_len + b_len - from_a - from_b);
-    return r;
-}
-
-std::size_t size(Text const& x)
-{
-    return x.str ? static_cast<std::size_t>(x.len) : 0;
-}
 
 std::string_view view(Text const& x)
 {
@@ -76,20 +34,6 @@ std::string_view view(Text const& x)
 int position(std::size_t found)
 {
     return found == std::string_view::npos ? -1 : static_cast<int>(found) + 1;
-}
-
-// The index of the first byte that differs, or n.
-int first_difference(char const* a, char const* b, int n)
-{
-    int i = 0;
-    for (; i + 8 <= n; i += 8) {
-        std::uint64_t x, y;
-        std::memcpy(&x, a + i, 8);
-        std::memcpy(&y, b + i, 8);
-        if (x != y) break;
-    }
-    while (i < n && a[i] == b[i]) ++i;
-    return i;
 }
 
 Text decimal(long i)
@@ -153,49 +97,6 @@ int read_length(std::FILE* f)
 }
 
 } // namespace
-
-void Text::assign(char const* s, std::size_t n)
-{
-    if (n == 0) return;
-    Text r = blank_text(n);
-    std::memcpy(r.str, s, n);
-    *this = std::move(r);
-}
-
-void Text::copy_from(Text const& b)
-{
-    if (!b.str) {
-        len = 0;
-        return;
-    }
-    str = detail::new_text(b.len);
-    copy_text(str, b.str, static_cast<std::size_t>(b.len));
-}
-
-void Text::release() noexcept
-{
-    if (str) detail::free_text(str, len);
-}
-
-Text& Text::replace_by(Text const& b)
-{
-    if (this == &b) return *this;
-    if (len == b.len && str && b.str)
-        copy_text(str, b.str, static_cast<std::size_t>(len));
-    else
-        *this = Text(b);
-    return *this;
-}
-
-Text& Text::operator=(char const* s)
-{
-    return *this = Text(s);
-}
-
-Text& Text::operator+=(Text const& b)
-{
-    return *this = *this + b;
-}
 
 Text::Text(int i) : Text(decimal(i)) {}
 
@@ -307,29 +208,6 @@ Text read_file(Text const& name)
     return Text(read_file(name.str));
 }
 
-Text operator+(Text const& a, Text const& b)
-{
-    return join(a.str, size(a), b.str, size(b));
-}
-
-Text operator+(Text const& a, char const* b)
-{
-    return join(a.str, size(a), b, std::strlen(b));
-}
-
-Text operator+(char const* a, Text const& b)
-{
-    return join(a, std::strlen(a), b.str, size(b));
-}
-
-int operator<(Text const& a, Text const& b)
-{
-    int const n = std::min(a.len, b.len);
-    int const i = first_difference(a.str, b.str, n);
-    if (i == n) return a.len < b.len;
-    return static_cast<signed char>(a.str[i]) < static_cast<signed char>(b.str[i]);
-}
-
 std::ostream& operator<<(std::ostream& o, Text const& a)
 {
     if (a.str)
@@ -413,7 +291,7 @@ Text replace(Text const& x, Text const& a, Text const& b)
     for (std::size_t at = text.find(old); at != text.npos; at = text.find(old, at + old.size()))
         ++count;
     if (count == 0) return x;
-    Text r = blank_text(text.size() - count * old.size() + count * size(b));
+    Text r = blank_text(text.size() - count * old.size() + count * view(b).size());
     char* to = r.str;
     std::size_t from = 0;
     for (; count > 0; --count) {

@@ -117,6 +117,12 @@ inline Text t(char const* s)
     return Text(s);
 }
 
+namespace detail {
+
+VARNOW_API int less(Text const& a, Text const& b);
+
+} // namespace detail
+
 /// The content of a whole file as `Text::read_file` takes it.
 VARNOW_API std::string read_file(char const* name);
 VARNOW_API Text read_file(Text const& name);
@@ -151,7 +157,13 @@ inline int operator!=(Text const& a, Text const& b)
     return !(a == b);
 }
 /// Order by signed bytes: 0x80 and above stand before all of ASCII; a prefix stands first.
-VARNOW_API int operator<(Text const& a, Text const& b);
+inline int operator<(Text const& a, Text const& b)
+{
+    // Most pairs differ in their first byte.
+    if (a.len > 0 && b.len > 0 && a.str[0] != b.str[0])
+        return static_cast<signed char>(a.str[0]) < static_cast<signed char>(b.str[0]);
+    return detail::less(a, b);
+}
 inline int operator>(Text const& a, Text const& b)
 {
     return b < a;

@@ -1,7 +1,9 @@
-// The buffers of texts. Short ones come from lists that every thread keeps for itself, since a
-// table makes and drops them by the million; the others come from malloc.
-#include <varnow/core/text.h>
+// What texts do with their buffers: take, copy, join, compare.
+#include <varnow/core/textbuild.h>
 
+#include <algorithm>
+#include <climits>
+#include <cstdint>
 #include <cstdlib>
 #include <mutex>
 #include <new>
@@ -17,7 +19,13 @@
 namespace varnow {
 namespace detail {
 
+char empty_text[1] = {0};
+
 namespace {
+
+// Short buffers come from lists that every thread keeps for itself, since tables make and drop
+// texts by the million; the others come from malloc.
+std::size_t const unit = 16;
 
 char* from_malloc(std::size_t size)
 {
@@ -29,6 +37,13 @@ char* from_malloc(std::size_t size)
 } // namespace
 
 #if defined(VARNOW_PLAIN_BUFFERS)
+
+bool const pooled = false;
+
+bool same_class(int, int)
+{
+    return false;
+}
 
 // Sanitizers watch every buffer by itself, and thread-local storage is slow on Windows.
 char* new_text(int len)
@@ -43,11 +58,22 @@ void free_text(char* str, int) noexcept
 
 #else
 
+bool const pooled = true;
+
 namespace {
 
 // Buffers of 16, 32, ... 128 bytes; a text of len characters takes class len / 16.
 int const classes = 8;
-std::size_t const unit = 16;
+int class_of(int len)
+{
+    return len / static_cast<int>(unit);
+}
+
+bool same_class(int a, int b)
+{
+    return class_of(a) == class_of(b) && class_of(a) < classes;
+}
+
 // A list is handed on as a whole when it holds so many buffers.
 int const list_length = 1024;
 std::size_t const chunk_size = 1 << 16;
@@ -222,7 +248,7 @@ void free_to_full_shelf(int k, node* n)
 
 char* new_text(int len)
 {
-    int const k = len / static_cast<int>(unit);
+    int const k = class_of(len);
     if (k >= classes) return from_malloc(static_cast<std::size_t>(len) + 1);
     shelf& s = mine.shelves[k];
     return s.list ? pop(s) : new_from_empty_shelf(k);
@@ -230,7 +256,7 @@ char* new_text(int len)
 
 void free_text(char* str, int len) noexcept
 {
-    int const k = len / static_cast<int>(unit);
+    int const k = class_of(len);
     if (k >= classes) {
         std::free(str);
         return;
@@ -245,5 +271,161 @@ void free_text(char* str, int len) noexcept
 
 #endif
 
+Text blank_text(std::size_t n)
+{
+    if (n > INT_MAX - 1) throw std::bad_alloc();
+    Text r;
+    if (n == 0) return r;
+    r.str = new_text(static_cast<int>(n));
+    r.len = static_cast<int>(n);
+    r.str[n] = 0;
+    return r;
+}
+
 } // namespace detail
+
+namespace {
+
+template <class Word> void copy_ends(char* to, char const* from, std::size_t n)
+{
+    Word first, last;
+    std::memcpy(&first, from, sizeof(Word));
+    std::memcpy(&last, from + n - sizeof(Word), sizeof(Word));
+    std::memcpy(to, &first, sizeof(Word));
+    std::memcpy(to + n - sizeof(Word), &last, sizeof(Word));
+}
+
+// memcpy, without its call for what most texts are.
+void copy_bytes(char* to, char const* from, std::size_t n)
+{
+    if (n > 16)
+        std::memcpy(to, from, n);
+    else if (n >= 8)
+        copy_ends<std::uint64_t>(to, from, n);
+    else if (n >= 4)
+        copy_ends<std::uint32_t>(to, from, n);
+    else
+        for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
+}
+
+// Zeroes what stands behind the first zero byte of n.
+void end_at_zero(char* s, std::size_t n)
+{
+    std::size_t const end = std::strlen(s);
+    if (end < n) std::memset(s + end, 0, n - end);
+}
+
+// The bytes of a text of n characters, from one buffer to another.
+void copy_text(char* to, char const* from, std::size_t n)
+{
+    if (detail::pooled && n < detail::unit)
+        std::memcpy(to, from, detail::unit); // both buffers have them
+    else
+        copy_bytes(to, from, n + 1);
+    end_at_zero(to, n);
+}
+
+Text join(char const* a, std::size_t a_len, char const* b, std::size_t b_len)
+{
+    std::size_t const n = a_len + b_len;
+    Text r = detail::blank_text(n);
+    if (n == 0) return r;
+    copy_bytes(r.str, a, a_len);
+    copy_bytes(r.str + a_len, b, b_len);
+    if (std::strlen(r.str) < n) {
+        // There is a zero byte: b follows what stands before the one of a.
+        std::size_t const a_end = strnlen(a, a_len), b_end = strnlen(b, b_len);
+        std::memcpy(r.str + a_end, b, b_end);
+        std::memset(r.str + a_end + b_end, 0, n - a_end - b_end);
+    }
+    return r;
+}
+
+std::size_t size(Text const& x)
+{
+    return x.str ? static_cast<std::size_t>(x.len) : 0;
+}
+
+// Whether a buffer for one length serves the other as it is.
+bool same_buffer(int a, int b)
+{
+    return a == b || (detail::pooled && a > 0 && b > 0 && detail::same_class(a, b));
+}
+
+} // namespace
+
+void Text::assign(char const* s, std::size_t n)
+{
+    if (n > INT_MAX - 1) throw std::bad_alloc();
+    if (n == 0) return;
+    str = detail::new_text(static_cast<int>(n));
+    len = static_cast<int>(n);
+    copy_bytes(str, s, n);
+    str[n] = 0;
+}
+
+void Text::copy_from(Text const& b)
+{
+    if (!b.str) {
+        len = 0;
+        return;
+    }
+    str = detail::new_text(b.len);
+    copy_text(str, b.str, static_cast<std::size_t>(b.len));
+}
+
+void Text::release() noexcept
+{
+    if (str) detail::free_text(str, len);
+}
+
+Text& Text::replace_by(Text const& b)
+{
+    if (this == &b) return *this;
+    if (!str || !b.str || !same_buffer(len, b.len)) return *this = Text(b);
+    len = b.len;
+    copy_text(str, b.str, static_cast<std::size_t>(len));
+    return *this;
+}
+
+Text& Text::operator=(char const* s)
+{
+    return *this = Text(s);
+}
+
+Text& Text::operator+=(Text const& b)
+{
+    return *this = *this + b;
+}
+
+Text operator+(Text const& a, Text const& b)
+{
+    return join(a.str, size(a), b.str, size(b));
+}
+
+Text operator+(Text const& a, char const* b)
+{
+    return join(a.str, size(a), b, std::strlen(b));
+}
+
+Text operator+(char const* a, Text const& b)
+{
+    return join(a, std::strlen(a), b.str, size(b));
+}
+
+int detail::less(Text const& a, Text const& b)
+{
+    int const n = std::min(a.len, b.len);
+    int i = 0;
+    for (; i + 8 <= n; i += 8) {
+        std::uint64_t x, y;
+        std::memcpy(&x, a.str + i, 8);
+        std::memcpy(&y, b.str + i, 8);
+        if (x != y) break;
+    }
+    while (i < n && a.str[i] == b.str[i]) ++i;
+    if (i == n) return a.len < b.len;
+    return static_cast<signed char>(a.str[i]) < static_cast<signed char>(b.str[i]);
+}
+
 } // namespace varnow
