@@ -3,7 +3,7 @@
 #include <varnow/containers/storage.h>
 
 #include <algorithm>
-#include <cctype>
+#include <cstdint>
 #include <cstdlib>
 
 namespace varnow {
@@ -40,25 +40,17 @@ template <> int TtoU<double, int>(double x)
 
 namespace {
 
-template <class T> void copy_cells(data<T> const& from, data<T>& to)
+char upper(char c)
 {
-    for (int i = 0; i < from.rows;) {
-        int const left = from.rows - i;
-        int const k = std::min(detail::straight_rows(from.cell + i, from.cols, left),
-                               detail::straight_rows(to.cell + i, from.cols, left));
-        std::copy(from.cell[i], from.cell[i] + static_cast<std::ptrdiff_t>(k) * from.cols,
-                  to.cell[i]);
-        i += k;
-    }
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
+// As to_upper of both would compare.
 bool same_letters(Text const& a, Text const& b)
 {
     if (a.len != b.len) return false;
     for (int i = 0; i < a.len; ++i)
-        if (std::toupper(static_cast<unsigned char>(a.str[i])) !=
-            std::toupper(static_cast<unsigned char>(b.str[i])))
-            return false;
+        if (upper(a.str[i]) != upper(b.str[i])) return false;
     return true;
 }
 
@@ -125,26 +117,10 @@ template <class T> data<T>& data<T>::operator=(data const& b)
         free();
         return *this;
     }
-    if (!cell || rows != b.rows || cols != b.cols) {
-        T** const cells = detail::new_cells<T>(b.rows, b.cols);
-        detail::free_cells(cell);
-        cell = cells;
-    }
-    if (!rnames || rows != b.rows) {
-        detail::free_names(rnames);
-        rnames = nullptr;
-        rnames = detail::new_names(b.rows);
-    }
-    if (!cnames || cols != b.cols) {
-        detail::free_names(cnames);
-        cnames = nullptr;
-        cnames = detail::new_names(b.cols);
-    }
-    rows = b.rows;
-    cols = b.cols;
+    resize(b.rows, b.cols);
     detail::copy_texts(b.cnames, cnames, cols);
     detail::copy_texts(b.rnames, rnames, rows);
-    copy_cells(b, *this);
+    detail::copy_rows(b.cell, cell, rows, cols);
     return *this;
 }
 
@@ -152,10 +128,16 @@ template <class T> void data<T>::resize(int r, int c)
 {
     if (cell && rows == r && cols == c) return;
     if (!cell && r == 0 && c == 0) return;
-    data fresh(r, c);
     // A name array whose count did not change stays with its names.
-    if (rnames && rows == r) std::swap(rnames, fresh.rnames);
-    if (cnames && cols == c) std::swap(cnames, fresh.cnames);
+    bool const same_rows = rnames && rows == r, same_cols = cnames && cols == c;
+    data fresh;
+    fresh.cell = detail::new_cells<T>(r, c);
+    if (!same_rows) fresh.rnames = detail::new_names(r);
+    if (!same_cols) fresh.cnames = detail::new_names(c);
+    if (same_rows) std::swap(rnames, fresh.rnames);
+    if (same_cols) std::swap(cnames, fresh.cnames);
+    fresh.rows = r;
+    fresh.cols = c;
     *this = static_cast<data&&>(fresh);
 }
 
@@ -181,13 +163,13 @@ template <class T> void data<T>::newrows(int k)
         errormessage<T>("void newrows(int)", "ujemny parametr", "");
         return;
     }
-    resizec(rows + k, cols);
+    resizec(detail::checked_size(std::int64_t(rows) + k), cols);
 }
 
 template <class T> void data<T>::newcol(Text const& name)
 {
     Text const kept = name;
-    resizec(rows, cols + 1);
+    resizec(rows, detail::checked_size(std::int64_t(cols) + 1));
     cnames[cols - 1] = kept;
 }
 
@@ -339,6 +321,7 @@ template <class T, class U> void copynames(data<T> const& from, data<U>& to)
     copynames_c2c(from, to);
 }
 
+// clang-format off
 #define INSTANCES(name)                                                                            \
     template void name(data<double> const&, data<double>&);                                        \
     template void name(data<double> const&, data<Text>&);                                          \
@@ -348,6 +331,7 @@ INSTANCES(copynames)
 INSTANCES(copynames_r2r)
 INSTANCES(copynames_c2c) INSTANCES(copynames_r2c) INSTANCES(copynames_c2r)
 #undef INSTANCES
+    // clang-format on
 
     template class data<double>;
 template class data<Text>;

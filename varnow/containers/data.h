@@ -237,7 +237,8 @@ public:
                     int quotes = 0, char sep = '\t', char dec = '.', int wait = 1) const;
 
     /// Prints the title on a line of its own, unless empty, and the cells to standard output in
-    /// aligned columns with the names.
+    /// aligned columns with the names: numbers to seven significant digits with their points below
+    /// each other, right-aligned, NaN as "NaN"; texts left-aligned.
     void display(Text const& title = Text()) const;
 
 private:

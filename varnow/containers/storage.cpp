@@ -199,4 +199,10 @@ void free_names(Text* names) noexcept
     free_block(b);
 }
 
+int checked_size(std::int64_t n)
+{
+    if (n < 0 || n > std::numeric_limits<int>::max()) throw std::bad_array_new_length();
+    return static_cast<int>(n);
+}
+
 } // namespace varnow::detail

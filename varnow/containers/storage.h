@@ -3,7 +3,9 @@
 
 #include <varnow/core/text.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 namespace varnow::detail {
 
@@ -22,12 +24,27 @@ inline void copy_texts(Text const* from, Text* to, int n)
     for (int i = 0; i < n; ++i) to[i] = from[i];
 }
 
+/// A size that was formed from other sizes; throws as the arrays above do.
+int checked_size(std::int64_t n);
+
 /// Number of rows from row i on that lie end to end in memory, at most `most`.
 template <class T> int straight_rows(T const* const* row, int cols, int most)
 {
     int k = 1;
     while (k < most && row[k] == row[k - 1] + cols) ++k;
     return k;
+}
+
+/// Copies whole rows between different objects, as far as they lie in order in one go.
+template <class T> void copy_rows(T const* const* from, T* const* to, int rows, int cols)
+{
+    for (int i = 0; i < rows;) {
+        int const left = rows - i;
+        int const k =
+            std::min(straight_rows(from + i, cols, left), straight_rows(to + i, cols, left));
+        std::copy(from[i], from[i] + static_cast<std::ptrdiff_t>(k) * cols, to[i]);
+        i += k;
+    }
 }
 
 } // namespace varnow::detail

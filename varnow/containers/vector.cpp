@@ -1,9 +1,10 @@
 #include <varnow/containers/vector.h>
 
+#include <varnow/containers/storage.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -15,13 +16,6 @@ int* new_elements(int n)
 {
     if (n < 0) throw std::bad_array_new_length();
     return n == 0 ? nullptr : new int[static_cast<std::size_t>(n)];
-}
-
-// A count that was formed from arguments of any size.
-int checked_count(std::int64_t n)
-{
-    if (n < 0 || n > std::numeric_limits<int>::max()) throw std::bad_array_new_length();
-    return static_cast<int>(n);
 }
 
 // n elements from a on by a fixed step.
@@ -57,7 +51,7 @@ Vector::Vector(int count) : n(0), v(new_elements(count))
 }
 
 Vector::Vector(std::initializer_list<int> values)
-    : Vector(checked_count(static_cast<std::int64_t>(values.size())))
+    : Vector(detail::checked_size(static_cast<std::int64_t>(values.size())))
 {
     std::copy(values.begin(), values.end(), v);
 }
@@ -152,7 +146,7 @@ Vector $(int a, int s, int b)
 {
     std::int64_t const way = std::int64_t(b) - a;
     bool const rising = way >= 0;
-    int const n = checked_count((rising ? way : -way) / s + 1);
+    int const n = detail::checked_size((rising ? way : -way) / s + 1);
     return progression(a, rising ? s : static_cast<int>(0u - static_cast<unsigned>(s)), n);
 }
 
