@@ -143,10 +143,4 @@ template <class T> void number_names(data<T>& a, Text const& prefix)
     for (int j = 0; j < a.cols; ++j) a.cnames[j] = prefix + "C" + itot(j + 1);
 }
 
-/// Toward zero; the least integer for NaN and for what is out of range.
-inline int truncate(double x)
-{
-    return x > INT_MIN - 1.0 && x < INT_MAX + 1.0 ? static_cast<int>(x) : INT_MIN;
-}
-
 } // namespace varnow::detail

@@ -209,7 +209,7 @@ template <class F> Vector integers(matrix const& a, char const* routine, F const
 
 Vector as_Vector(matrix const& a)
 {
-    return integers(a, "Vector as_Vector(matrix)", detail::truncate);
+    return integers(a, "Vector as_Vector(matrix)", detail::truncated);
 }
 
 Vector find(matrix const& a)
