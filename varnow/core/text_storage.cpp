@@ -66,7 +66,7 @@ namespace {
 int const classes = 8;
 int class_of(int len)
 {
-    return len / static_cast<int>(unit);
+    return static_cast<int>(static_cast<unsigned>(len) / unit);
 }
 
 bool same_class(int a, int b)
@@ -203,7 +203,7 @@ void push(shelf& s, node* n)
     --s.room;
 }
 
-char* new_from_empty_shelf(int k)
+__attribute__((noinline)) char* new_from_empty_shelf(int k)
 {
     open_shelves();
     if (mine.stage == thread_state::ended) {
@@ -226,7 +226,7 @@ char* new_from_empty_shelf(int k)
     return pop(s);
 }
 
-void free_to_full_shelf(int k, node* n)
+__attribute__((noinline)) void free_to_full_shelf(int k, node* n)
 {
     open_shelves();
     if (mine.stage == thread_state::ended) {
@@ -286,64 +286,82 @@ Text blank_text(std::size_t n)
 
 namespace {
 
-template <class Word> void copy_ends(char* to, char const* from, std::size_t n)
-{
-    Word first, last;
-    std::memcpy(&first, from, sizeof(Word));
-    std::memcpy(&last, from + n - sizeof(Word), sizeof(Word));
-    std::memcpy(to, &first, sizeof(Word));
-    std::memcpy(to + n - sizeof(Word), &last, sizeof(Word));
-}
-
-// memcpy, without its call for what most texts are.
+// memcpy, without its call for what most texts are, and with few branches on the length, which no
+// processor can predict.
 void copy_bytes(char* to, char const* from, std::size_t n)
 {
-    if (n > 16)
+    if (n > 16) {
         std::memcpy(to, from, n);
-    else if (n >= 8)
-        copy_ends<std::uint64_t>(to, from, n);
-    else if (n >= 4)
-        copy_ends<std::uint32_t>(to, from, n);
-    else
+    } else if (n >= 4) {
+        std::size_t const last = n - 4, second = std::min<std::size_t>(4, last),
+                          third = std::min<std::size_t>(8, last);
+        std::uint32_t words[4];
+        std::memcpy(words, from, 4);
+        std::memcpy(words + 1, from + second, 4);
+        std::memcpy(words + 2, from + third, 4);
+        std::memcpy(words + 3, from + last, 4);
+        std::memcpy(to, words, 4);
+        std::memcpy(to + second, words + 1, 4);
+        std::memcpy(to + third, words + 2, 4);
+        std::memcpy(to + last, words + 3, 4);
+    } else {
         for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
+    }
 }
 
-// Zeroes what stands behind the first zero byte of n.
-void end_at_zero(char* s, std::size_t n)
+bool is_short(Text const& x)
 {
-    std::size_t const end = std::strlen(s);
-    if (end < n) std::memset(s + end, 0, n - end);
+    return detail::pooled && x.len > 0 && x.len < static_cast<int>(detail::unit);
 }
 
-// The bytes of a text of n characters, from one buffer to another.
-void copy_text(char* to, char const* from, std::size_t n)
+// Whether a zero byte stands among the characters of a short text.
+bool short_with_zero(Text const& x)
 {
-    if (detail::pooled && n < detail::unit)
-        std::memcpy(to, from, detail::unit); // both buffers have them
+    static char const masks[] = "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0"
+                                "\1\1\1\1\1\1\1\1\1\1\1\1\1\1\1\1";
+    std::uint64_t bytes[2], behind[2];
+    std::memcpy(bytes, x.str, 16);
+    std::memcpy(behind, masks + 16 - x.len, 16); // 1 for each byte behind the characters
+    auto zeros = [&](int i) {
+        std::uint64_t const b = bytes[i] | behind[i];
+        return (b - 0x0101010101010101u) & ~b & 0x8080808080808080u;
+    };
+    return (zeros(0) | zeros(1)) != 0;
+}
+
+// How many characters copying takes: those before the first zero byte.
+std::size_t copied(Text const& x)
+{
+    if (!x.str) return 0;
+    return is_short(x) && !short_with_zero(x) ? static_cast<std::size_t>(x.len)
+                                              : std::strlen(x.str);
+}
+
+// Fills a buffer of its length with the text's characters, and zeros behind them.
+void copy_text(char* to, Text const& from)
+{
+    std::size_t const n = static_cast<std::size_t>(from.len), end = copied(from);
+    if (is_short(from))
+        std::memcpy(to, from.str, detail::unit); // both buffers have them
     else
-        copy_bytes(to, from, n + 1);
-    end_at_zero(to, n);
+        std::memcpy(to, from.str, n + 1);
+    if (end < n) std::memset(to + end, 0, n - end);
 }
 
-Text join(char const* a, std::size_t a_len, char const* b, std::size_t b_len)
+// A text of n characters: a, then b, then zeros.
+Text join(std::size_t n, char const* a, std::size_t a_end, char const* b, std::size_t b_end)
 {
-    std::size_t const n = a_len + b_len;
     Text r = detail::blank_text(n);
     if (n == 0) return r;
-    copy_bytes(r.str, a, a_len);
-    copy_bytes(r.str + a_len, b, b_len);
-    if (std::strlen(r.str) < n) {
-        // There is a zero byte: b follows what stands before the one of a.
-        std::size_t const a_end = strnlen(a, a_len), b_end = strnlen(b, b_len);
-        std::memcpy(r.str + a_end, b, b_end);
-        std::memset(r.str + a_end + b_end, 0, n - a_end - b_end);
-    }
+    copy_bytes(r.str, a, a_end);
+    copy_bytes(r.str + a_end, b, b_end);
+    if (a_end + b_end < n) std::memset(r.str + a_end + b_end, 0, n - a_end - b_end);
     return r;
 }
 
 std::size_t size(Text const& x)
 {
-    return x.str ? static_cast<std::size_t>(x.len) : 0;
+    return static_cast<std::size_t>(x.len);
 }
 
 // Whether a buffer for one length serves the other as it is.
@@ -371,7 +389,7 @@ void Text::copy_from(Text const& b)
         return;
     }
     str = detail::new_text(b.len);
-    copy_text(str, b.str, static_cast<std::size_t>(b.len));
+    copy_text(str, b);
 }
 
 void Text::release() noexcept
@@ -384,7 +402,7 @@ Text& Text::replace_by(Text const& b)
     if (this == &b) return *this;
     if (!str || !b.str || !same_buffer(len, b.len)) return *this = Text(b);
     len = b.len;
-    copy_text(str, b.str, static_cast<std::size_t>(len));
+    copy_text(str, b);
     return *this;
 }
 
@@ -400,17 +418,19 @@ Text& Text::operator+=(Text const& b)
 
 Text operator+(Text const& a, Text const& b)
 {
-    return join(a.str, size(a), b.str, size(b));
+    return join(size(a) + size(b), a.str, copied(a), b.str, copied(b));
 }
 
 Text operator+(Text const& a, char const* b)
 {
-    return join(a.str, size(a), b, std::strlen(b));
+    std::size_t const n = std::strlen(b);
+    return join(size(a) + n, a.str, copied(a), b, n);
 }
 
 Text operator+(char const* a, Text const& b)
 {
-    return join(a, std::strlen(a), b.str, size(b));
+    std::size_t const n = std::strlen(a);
+    return join(n + size(b), a, n, b.str, copied(b));
 }
 
 int detail::less(Text const& a, Text const& b)
