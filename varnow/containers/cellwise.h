@@ -2,11 +2,11 @@
 #pragma once
 
 #include <varnow/containers/matrix.h>
+#include <varnow/containers/storage.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstddef>
-#include <cstdint>
 #include <new>
 
 #if defined(__GNUC__) && !defined(__clang__)
@@ -17,17 +17,6 @@
 
 namespace varnow::detail {
 
-/// True when n rows lie end to end in memory. There is no way out of the loop, so that the compiler
-/// can test several pointers at a time.
-template <class T> bool in_line(T const* const* row, int cols, std::ptrdiff_t n)
-{
-    std::uintptr_t const step = static_cast<std::uintptr_t>(cols) * sizeof(T);
-    std::uintptr_t expected = reinterpret_cast<std::uintptr_t>(row[0]), off = 0;
-    for (std::ptrdiff_t k = 0; k < n; ++k, expected += step)
-        off |= reinterpret_cast<std::uintptr_t>(row[k]) ^ expected;
-    return off == 0;
-}
-
 /// to = f(from...) for each of n cells. A source is the target itself or lies apart from it.
 template <class F, class R, class... T>
 void set_row(std::ptrdiff_t n, F const& f, R* to, T const*... from)
@@ -37,31 +26,27 @@ void set_row(std::ptrdiff_t n, F const& f, R* to, T const*... from)
 }
 
 /// The same over all cells, sources in the shape of the target. Rows may stand in any order; where
-/// they lie end to end they are taken some hundred at a time, since a loop for each row costs more
-/// than the cells of a narrow object.
+/// they lie end to end many are taken at once, since a loop for each row costs more than the cells
+/// of a narrow object.
 template <class F, class R, class... T>
 void set_cells(data<R>& to, F const& f, data<T> const&... from)
 {
-    constexpr std::ptrdiff_t most = 256;
-    for (std::ptrdiff_t i = 0, n; i < to.rows; i += n) {
-        n = std::min(most, to.rows - i);
-        if (in_line(to.cell + i, to.cols, n) && (in_line(from.cell + i, to.cols, n) && ...))
-            set_row(n * to.cols, f, to.cell[i], from.cell[i]...);
+    int const cols = to.cols;
+    in_pieces(to.rows, [&](std::ptrdiff_t i, std::ptrdiff_t k) {
+        if (in_line(to.cell + i, cols, k) && (in_line(from.cell + i, cols, k) && ...))
+            set_row(k * cols, f, to.cell[i], from.cell[i]...);
         else
-            for (std::ptrdiff_t k = i; k < i + n; ++k)
-                set_row(to.cols, f, to.cell[k], from.cell[k]...);
-    }
+            for (std::ptrdiff_t row = i; row < i + k; ++row)
+                set_row(cols, f, to.cell[row], from.cell[row]...);
+    });
 }
 
 /// A new object with the shape and the names of a; cells of type double are undefined.
 template <class T> data<T> like(data<T> const& a)
 {
     data<T> r(a.rows, a.cols);
-    // The new names are empty: only a name that is not has to be looked at twice.
-    for (int i = 0; i < a.rows; ++i)
-        if (a.rnames[i].len != 0) r.rnames[i] = a.rnames[i];
-    for (int j = 0; j < a.cols; ++j)
-        if (a.cnames[j].len != 0) r.cnames[j] = a.cnames[j];
+    copy_texts_to_new(a.rnames, r.rnames, a.rows);
+    copy_texts_to_new(a.cnames, r.cnames, a.cols);
     return r;
 }
 

@@ -140,11 +140,24 @@ std::size_t checked_product(std::size_t a, std::size_t b)
 
 void reset(Text* texts, std::size_t n) noexcept
 {
-    for (std::size_t i = 0; i < n; ++i) {
-        if (texts[i].str == empty_text) continue;
-        texts[i].~Text();
-        new (texts + i) Text();
-    }
+    in_pieces(static_cast<std::ptrdiff_t>(n), [texts](std::ptrdiff_t i, std::ptrdiff_t k) {
+        if (all_empty(texts + i, k)) return;
+        for (std::ptrdiff_t j = i; j < i + k; ++j) {
+            texts[j].~Text();
+            new (texts + j) Text();
+        }
+    });
+}
+
+// Whether the row pointers of a block that was kept stand as in a new one, going by some of them:
+// where exchanges have mixed the rows, every loop over them would cost more.
+template <class T> bool seems_straight(block* b)
+{
+    T* const first = first_cell<T>(b);
+    std::size_t const step = b->rows / 64 + 1;
+    for (std::size_t i = 0; i < b->rows; i += step)
+        if (row_pointers<T>(b)[i] != first + i * b->cols) return false;
+    return true;
 }
 
 } // namespace
@@ -158,11 +171,12 @@ template <class T> T** new_cells(int rows, int cols)
     bool fresh;
     block* const b = new_block(kind_of<T>, r, c, bytes, fresh);
     T** const row = row_pointers<T>(b);
-    if (!fresh) return row;
+    if (!fresh && seems_straight<T>(b)) return row;
     T* const first = first_cell<T>(b);
     for (std::size_t i = 0; i < r; ++i) row[i] = first + i * c;
     if constexpr (std::is_same<T, Text>::value)
-        for (std::size_t k = 0; k < r * c; ++k) new (first + k) Text();
+        if (fresh)
+            for (std::size_t k = 0; k < r * c; ++k) new (first + k) Text();
     return row;
 }
 

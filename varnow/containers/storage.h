@@ -18,10 +18,50 @@ template <class T> void free_cells(T** cell) noexcept;
 Text* new_names(int n);
 void free_names(Text* names) noexcept;
 
+/// Names and row pointers are looked at this many at a time, without a way out of the loop, so that
+/// several are tested at once.
+constexpr int looked_at = 256;
+
+/// True when none of n texts, at most looked_at of them, has a buffer of its own.
+inline bool all_empty(Text const* texts, std::ptrdiff_t n)
+{
+    std::uintptr_t const empty = reinterpret_cast<std::uintptr_t>(empty_text);
+    std::uintptr_t off = 0;
+    for (std::ptrdiff_t k = 0; k < n; ++k)
+        off |= reinterpret_cast<std::uintptr_t>(texts[k].str) ^ empty;
+    return off == 0;
+}
+
+/// True when n rows, at most looked_at of them, lie end to end in memory.
+template <class T> bool in_line(T const* const* row, int cols, std::ptrdiff_t n)
+{
+    std::uintptr_t const step = static_cast<std::uintptr_t>(cols) * sizeof(T);
+    std::uintptr_t expected = reinterpret_cast<std::uintptr_t>(row[0]), off = 0;
+    for (std::ptrdiff_t k = 0; k < n; ++k, expected += step)
+        off |= reinterpret_cast<std::uintptr_t>(row[k]) ^ expected;
+    return off == 0;
+}
+
+/// Calls f(i, k) for pieces of 0 to n - 1 that begin at i and are k long, at most looked_at.
+template <class F> void in_pieces(std::ptrdiff_t n, F const& f)
+{
+    for (std::ptrdiff_t i = 0; i < n; i += looked_at)
+        f(i, std::min<std::ptrdiff_t>(looked_at, n - i));
+}
+
 /// Copies n names, most of which are empty.
 inline void copy_texts(Text const* from, Text* to, int n)
 {
-    for (int i = 0; i < n; ++i) to[i] = from[i];
+    in_pieces(n, [&](std::ptrdiff_t i, std::ptrdiff_t k) {
+        if (!all_empty(from + i, k) || !all_empty(to + i, k)) std::copy_n(from + i, k, to + i);
+    });
+}
+/// The same where the targets are known to be empty.
+inline void copy_texts_to_new(Text const* from, Text* to, int n)
+{
+    in_pieces(n, [&](std::ptrdiff_t i, std::ptrdiff_t k) {
+        if (!all_empty(from + i, k)) std::copy_n(from + i, k, to + i);
+    });
 }
 
 /// A size that was formed from other sizes; throws as the arrays above do.
@@ -38,13 +78,12 @@ template <class T> int straight_rows(T const* const* row, int cols, int most)
 /// Copies whole rows between different objects, as far as they lie in order in one go.
 template <class T> void copy_rows(T const* const* from, T* const* to, int rows, int cols)
 {
-    for (int i = 0; i < rows;) {
-        int const left = rows - i;
-        int const k =
-            std::min(straight_rows(from + i, cols, left), straight_rows(to + i, cols, left));
-        std::copy(from[i], from[i] + static_cast<std::ptrdiff_t>(k) * cols, to[i]);
-        i += k;
-    }
+    in_pieces(rows, [&](std::ptrdiff_t i, std::ptrdiff_t k) {
+        if (in_line(from + i, cols, k) && in_line(to + i, cols, k))
+            std::copy_n(from[i], k * cols, to[i]);
+        else
+            for (std::ptrdiff_t row = i; row < i + k; ++row) std::copy_n(from[row], cols, to[row]);
+    });
 }
 
 } // namespace varnow::detail
