@@ -110,6 +110,7 @@ std::vector<std::string> number_texts(int decimals)
     for (double x : numbers()) {
         std::snprintf(buffer, sizeof buffer, "%.*f", decimals, x);
         r.emplace_back(buffer);
+        r.back().reserve(64);
     }
     return r;
 }
@@ -152,9 +153,21 @@ BENCHMARK_CAPTURE(print, snprintf, [](char* to, double x) {
     return std::snprintf(to, 400, "%.6f", x);
 })->Unit(benchmark::kMillisecond);
 
-BENCHMARK_CAPTURE(read, parse_double,
+BENCHMARK_CAPTURE(read, parse_plain,
                   [](std::string const& s) {
-                      return varnow::detail::parse_double(s.data(), s.data() + s.size());
+                      double x;
+                      char const* const end = s.data() + s.size();
+                      return varnow::detail::parse_plain(s.data(), end, end, false, x) ? x : 0;
+                  })
+    ->Arg(6)
+    ->Arg(14)
+    ->Unit(benchmark::kMillisecond);
+// With memory behind the number, as in a file's buffer.
+BENCHMARK_CAPTURE(read, parse_plain_in_a_buffer,
+                  [](std::string const& s) {
+                      double x;
+                      char const* const end = s.data() + s.size();
+                      return varnow::detail::parse_plain(s.data(), end, end + 7, false, x) ? x : 0;
                   })
     ->Arg(6)
     ->Arg(14)

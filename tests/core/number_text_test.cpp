@@ -56,6 +56,14 @@ void expect_read_as_by_the_c_library(std::string const& s)
         EXPECT_TRUE(std::isnan(got)) << s;
     else
         EXPECT_EQ(bits(got), bits(expected)) << s;
+
+    // The same with digits behind the end, which don't belong to it.
+    std::string const longer = s + "98765432";
+    double in_buffer;
+    char const* const begin = longer.data();
+    if (detail::parse_plain(begin, begin + s.size(), begin + longer.size(), false, in_buffer)) {
+        EXPECT_EQ(bits(in_buffer), bits(expected)) << s;
+    }
 }
 
 // Sets a locale with a decimal comma; false where the system has none.

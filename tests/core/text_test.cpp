@@ -76,10 +76,14 @@ TEST(Text, OwnsABufferOfItsOwn)
     EXPECT_EQ(a.len, 0);
 
     Text emptied("abc");
+    char* const first = emptied.str;
     emptied.str = nullptr; // assignments and the destructor accept it
     emptied = moved;
     EXPECT_EQ(emptied, "bcbc");
+    char* const second = emptied.str;
     emptied.str = nullptr;
+    detail::free_text(first, 3);
+    detail::free_text(second, 4);
 }
 
 TEST(Text, EmptyTextsTakeNoMemory)

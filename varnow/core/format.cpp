@@ -2,6 +2,7 @@
 
 #include <varnow/core/platform.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -31,9 +32,34 @@ struct digit_pairs
 };
 constexpr digit_pairs pairs;
 
-// The digits of n before `end`; returns their begin.
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+
+// The eight digits of n as bytes 0 to 9, the first one lowest; all are split at once.
+std::uint64_t eight_digits(std::uint32_t n)
+{
+    std::uint64_t x = n / 10000 | std::uint64_t(n % 10000) << 32;
+    std::uint64_t const hundreds = (x * 5243 >> 19) & 0x0000007F0000007F;
+    x = hundreds | (x - 100 * hundreds) << 16;
+    std::uint64_t const tens = (x * 103 >> 10) & 0x000F000F000F000F;
+    return tens | (x - 10 * tens) << 8;
+}
+
+#endif
+
+// The digits of n before `end`, which has room for 20; returns their begin.
 char* put_before(char* end, std::uint64_t n)
 {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    if (n < 10000000000000000u) {
+        std::uint64_t const high = eight_digits(static_cast<std::uint32_t>(n / 100000000)),
+                            low = eight_digits(static_cast<std::uint32_t>(n % 100000000)),
+                            zeros = 0x3030303030303030;
+        std::uint64_t const texts[2] = {high | zeros, low | zeros};
+        std::memcpy(end - 16, texts, 16);
+        std::uint64_t const first = high ? high : low | 1ULL << 56;
+        return end - (high ? 16 : 8) + __builtin_ctzll(first) / 8;
+    }
+#endif
     while (n >= 100) {
         end -= 2;
         std::memcpy(end, pairs.at + 2 * (n % 100), 2);
@@ -67,9 +93,9 @@ bool scaled(double x, int decimals, std::uint64_t& result)
     } else if (shift > 94) {
         whole = 0;
     } else {
-        whole = product >> shift;
-        wide const rest = product - (whole << shift), half = wide(1) << (shift - 1);
-        if (rest > half || (rest == half && (whole & 1))) ++whole;
+        // Half to even, without a branch that nobody can predict.
+        wide const half = wide(1) << (shift - 1), odd = product >> shift & 1;
+        whole = (product + (half - 1) + odd) >> shift;
     }
     result = static_cast<std::uint64_t>(whole);
     return whole >> 63 == 0;
@@ -86,10 +112,8 @@ char* put_digits(char* to, std::uint64_t n)
 {
     char digits[20];
     char* const end = digits + sizeof digits;
-    char* const begin = put_before(end, n);
-    std::size_t const size = static_cast<std::size_t>(end - begin);
-    std::memcpy(to, begin, size);
-    return to + size;
+    char const* const begin = put_before(end, n);
+    return std::copy(begin, static_cast<char const*>(end), to);
 }
 
 char* format_fixed(char* to, double x, int decimals, bool point)
@@ -98,25 +122,21 @@ char* format_fixed(char* to, double x, int decimals, bool point)
     if (!point || decimals < 0 || decimals > most_decimals || !std::isfinite(x) ||
         !scaled(x, decimals, n))
         return to + std::snprintf(to, fixed_room(decimals), "%.*f", decimals, x);
-    if (std::signbit(x)) *to++ = '-';
-    std::uint64_t const one = powers_of_ten[decimals];
-    // Small values have fewer digits than there are decimals.
-    char digits[24];
-    char* const end = digits + sizeof digits;
-    char* begin = put_before(end, n);
+    *to = '-';
+    to += std::signbit(x);
+    // Twenty digits, and room behind them: both parts are copied in one piece of fixed length,
+    // since `to` has the room. A value below 1 needs zeros in front.
+    char digits[20 + 24];
+    std::memset(digits, '0', sizeof digits);
+    char* const end = digits + 20;
     char* const middle = end - decimals;
-    if (n < one) {
-        while (begin > middle - 1) *--begin = '0';
-    }
-    std::size_t const before = static_cast<std::size_t>(middle - begin);
-    std::memcpy(to, begin, before);
-    to += before;
-    if (decimals > 0) {
-        *to++ = '.';
-        std::memcpy(to, middle, static_cast<std::size_t>(decimals));
-        to += decimals;
-    }
-    return to;
+    char* const begin = std::min(put_before(end, n), middle - 1);
+    std::memcpy(to, begin, 24);
+    to += middle - begin;
+    if (decimals == 0) return to;
+    *to++ = '.';
+    std::memcpy(to, middle, 16);
+    return to + decimals;
 }
 
 } // namespace detail

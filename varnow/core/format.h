@@ -21,7 +21,8 @@ constexpr std::size_t fixed_room(int decimals)
     return 320 + static_cast<std::size_t>(decimals);
 }
 
-/// printf's "%.<decimals>f" of any double at `to`, without a terminator; returns the end.
+/// printf's "%.<decimals>f" of any double at `to`, which has the room; returns the end. There is no
+/// terminator, and what stood behind the end may change.
 VARNOW_API char* format_fixed(char* to, double x, int decimals, bool point = point_locale());
 
 } // namespace detail

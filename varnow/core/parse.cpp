@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <system_error>
 
@@ -19,9 +21,91 @@ double const powers_of_ten[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+__extension__ typedef unsigned __int128 wide;
+
+std::uint64_t const whole_powers_of_ten[] = {1u,
+                                             10u,
+                                             100u,
+                                             1000u,
+                                             10000u,
+                                             100000u,
+                                             1000000u,
+                                             10000000u,
+                                             100000000u,
+                                             1000000000u,
+                                             10000000000u,
+                                             100000000000u,
+                                             1000000000000u,
+                                             10000000000000u,
+                                             100000000000000u,
+                                             1000000000000000u,
+                                             10000000000000000u,
+                                             100000000000000000u,
+                                             1000000000000000000u,
+                                             10000000000000000000u};
+
 bool is_digit(char c)
 {
     return c >= '0' && c <= '9';
+}
+
+// The digits that eight bytes start with, and how many there are, at most `limit`.
+struct digit_run
+{
+    std::uint64_t value;
+    int length;
+
+    digit_run(char const* p, std::ptrdiff_t limit)
+    {
+        std::uint64_t bytes;
+        std::memcpy(&bytes, p, 8);
+        bytes ^= 0x3030303030303030; // digits become 0 to 9
+        // The high bit of every byte above 9, exact up to the first one.
+        std::uint64_t const other = ((bytes + 0x7676767676767676) | bytes) & 0x8080808080808080;
+        length = other ? __builtin_ctzll(other) / 8 : 8;
+        if (length > limit) length = static_cast<int>(limit);
+        if (length == 0) {
+            value = 0;
+            return;
+        }
+        // With zeros in front there are always eight; they are joined two by two.
+        bytes <<= 8 * (8 - length);
+        bytes = (bytes & 0x0F0F0F0F0F0F0F0F) * (10 * 0x100 + 1) >> 8;
+        bytes = (bytes & 0x00FF00FF00FF00FF) * (100 * 0x10000 + 1) >> 16;
+        value = (bytes & 0x0000FFFF0000FFFF) * (10000 * 0x100000000 + 1) >> 32;
+    }
+};
+
+// Passes the digits at p, adding them to the mantissa, which wraps round after 19 of them.
+__attribute__((always_inline)) inline char const*
+scan_digits(char const* p, char const* end, char const* readable, std::uint64_t& mantissa)
+{
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    while (readable - p >= 8 && p < end) {
+        digit_run const run(p, end - p);
+        mantissa = mantissa * whole_powers_of_ten[run.length] + run.value;
+        p += run.length;
+        if (run.length < 8) return p;
+    }
+#endif
+    for (; p < end && is_digit(*p); ++p) mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
+    return p;
+}
+
+// n / d rounded once, for n above 0 and d up to 10^19.
+double quotient(std::uint64_t n, std::uint64_t d)
+{
+    // Both with their first bit set, so that the quotient has at least 62 bits. The last of them
+    // stands for the whole remainder: the conversion to 53 bits then rounds as it should.
+    int const n_shift = __builtin_clzll(n), d_shift = __builtin_clzll(d);
+    wide const dividend = wide(n << n_shift) << 63;
+    std::uint64_t const divisor = d << d_shift;
+    std::uint64_t const q = static_cast<std::uint64_t>(dividend / divisor);
+    bool const rest = dividend != wide(q) * divisor;
+    std::uint64_t const scale = static_cast<std::uint64_t>(1023 + d_shift - n_shift - 63) << 52;
+    double power_of_two;
+    std::memcpy(&power_of_two, &scale, 8);
+    return static_cast<double>(q | rest) * power_of_two;
 }
 
 // For what the short way can't do: from_chars on a copy with a point, since it knows no comma.
@@ -39,43 +123,30 @@ bool parse_long(char const* begin, char const* end, char const* point, double& x
 
 } // namespace
 
-bool parse_plain(char const* begin, char const* end, bool comma, double& x)
+bool parse_plain(char const* begin, char const* end, char const* readable, bool comma, double& x)
 {
     char const* p = begin;
     while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
     bool const negative = p < end && *p == '-';
-    if (p < end && (*p == '-' || *p == '+')) ++p;
-    char const* const number = p;
+    p += negative || (p < end && *p == '+');
 
-    // Up to 19 digits behind the leading zeros fit; with more the long way decides.
+    char const* const number = p;
     std::uint64_t mantissa = 0;
-    auto scan = [&] {
-        char const* const first = p;
-        for (; p < end && is_digit(*p); ++p)
-            mantissa = mantissa * 10 + static_cast<unsigned>(*p - '0');
-        return p - first;
-    };
-    auto skip_zeros = [&] {
-        while (p < end && *p == '0') ++p;
-    };
-    skip_zeros();
-    std::ptrdiff_t digits = scan(), decimals = 0;
-    bool any = p > number;
+    p = scan_digits(p, end, readable, mantissa);
+    std::ptrdiff_t digits = p - number, decimals = 0;
     if (p < end) {
-        bool const hexadecimal = p == number + 1 && *number == '0' && (*p | 32) == 'x';
-        bool const word = !any && ((*p | 32) == 'i' || (*p | 32) == 'n');
+        bool const hexadecimal = digits == 1 && *number == '0' && (*p | 32) == 'x';
+        bool const word = digits == 0 && ((*p | 32) == 'i' || (*p | 32) == 'n');
         if (hexadecimal || word) return false;
     }
-
     char const* point = nullptr;
     if (p < end && (*p == '.' || (comma && *p == ','))) {
-        point = p++;
-        if (digits == 0) skip_zeros();
-        digits += scan();
+        point = p;
+        p = scan_digits(p + 1, end, readable, mantissa);
         decimals = p - point - 1;
-        any = any || decimals > 0;
+        digits += decimals;
     }
-    if (!any) {
+    if (digits == 0) {
         x = 0;
         return true;
     }
@@ -98,17 +169,19 @@ bool parse_plain(char const* begin, char const* end, bool comma, double& x)
     if (digits <= 19 && mantissa <= 1ULL << 53 && exponent >= -22 && exponent <= 22) {
         x = static_cast<double>(mantissa);
         x = exponent < 0 ? x / powers_of_ten[-exponent] : x * powers_of_ten[exponent];
+    } else if (digits <= 19 && mantissa > 0 && exponent < 0 && exponent >= -19) {
+        x = quotient(mantissa, whole_powers_of_ten[-exponent]);
     } else if (!parse_long(number, p, point, x)) {
         return false;
     }
-    if (negative) x = -x;
+    x = std::copysign(x, negative ? -1.0 : 1.0);
     return true;
 }
 
 double parse_double(char const* begin, char const* end, bool comma)
 {
     double x;
-    if (point_locale() && parse_plain(begin, end, comma, x)) return x;
+    if (point_locale() && parse_plain(begin, end, end, comma, x)) return x;
     std::string copy(begin, end);
     if (comma) std::replace(copy.begin(), copy.end(), ',', '.');
     return std::strtod(copy.c_str(), nullptr);

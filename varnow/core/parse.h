@@ -6,10 +6,13 @@
 namespace varnow {
 namespace detail {
 
-/// Reads the number that starts a text, as atof does where the decimal sign is ".", except that
-/// with `comma` a "," is a "." too. False for what only the C library knows: hexadecimal numbers,
-/// infinities, NaN, and values out of range.
-VARNOW_API bool parse_plain(char const* begin, char const* end, bool comma, double& x);
+/// Reads the number that starts the text from `begin` to `end`, as atof does where the decimal sign
+/// is "."; with `comma` a "," counts as a "." too. False for what only the C library knows:
+/// hexadecimal numbers, infinities, NaN, and values out of range.
+/// Memory up to `readable`, at or behind `end`, is looked at, which is faster when it is 8 bytes
+/// on.
+VARNOW_API bool parse_plain(char const* begin, char const* end, char const* readable, bool comma,
+                            double& x);
 
 /// What atof gives for the text, in the current locale. With `comma` every "," is first made a ".".
 VARNOW_API double parse_double(char const* begin, char const* end, bool comma = false);

@@ -45,6 +45,11 @@ bool same_class(int, int)
     return false;
 }
 
+char const* readable_end(Text const& x)
+{
+    return x.str + x.len + 1;
+}
+
 // Sanitizers watch every buffer by itself, and thread-local storage is slow on Windows.
 char* new_text(int len)
 {
@@ -73,6 +78,16 @@ bool same_class(int a, int b)
 {
     return class_of(a) == class_of(b) && class_of(a) < classes;
 }
+
+} // namespace
+
+char const* readable_end(Text const& x)
+{
+    if (x.len == 0 || class_of(x.len) >= classes) return x.str + x.len + 1;
+    return x.str + unit * static_cast<std::size_t>(class_of(x.len) + 1);
+}
+
+namespace {
 
 // A list is handed on as a whole when it holds so many buffers.
 int const list_length = 1024;

@@ -10,6 +10,9 @@ namespace detail {
 /// Throws std::bad_alloc when n passes the range of `len`.
 VARNOW_API Text blank_text(std::size_t n);
 
+/// The end of the memory behind a text that may be read: at least its terminator.
+VARNOW_API char const* readable_end(Text const& x);
+
 /// A text as long as x, each of its bytes made by f.
 template <class F> Text each_byte(Text const& x, F f)
 {
