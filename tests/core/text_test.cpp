@@ -4,8 +4,10 @@
 
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <new>
+#include <set>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -356,3 +358,22 @@ TEST(Text, BuffersWanderBetweenThreads)
         for (std::thread& worker : team) worker.join();
     }
 }
+
+#if !defined(__SANITIZE_ADDRESS__) // which gives no memory out again for a while
+
+TEST(Text, AThreadThatEndsLeavesItsMemoryToTheOthers)
+{
+    std::set<std::uintptr_t> blocks; // of 64 KiB
+    std::size_t after_one = 0;
+    for (int i = 0; i < 100; ++i) {
+        std::thread([&blocks] {
+            std::vector<Text> mine(5000, Text("short"));
+            mine.resize(10000, Text("a text that takes a larger buffer"));
+            for (Text const& x : mine) blocks.insert(reinterpret_cast<std::uintptr_t>(x.str) >> 16);
+        }).join();
+        if (i == 0) after_one = blocks.size();
+    }
+    EXPECT_LE(blocks.size(), 3 * after_one);
+}
+
+#endif

@@ -69,6 +69,7 @@ namespace {
 
 // Buffers of 16, 32, ... 128 bytes; a text of len characters takes class len / 16.
 int const classes = 8;
+
 int class_of(int len)
 {
     return static_cast<int>(static_cast<unsigned>(len) / unit);
@@ -101,6 +102,14 @@ struct node
 };
 static_assert(sizeof(node) <= unit, "the smallest buffer holds a node");
 
+// Memory that was never used: the first bytes of a stretch tell its end.
+struct stretch
+{
+    stretch* next;
+    char* end;
+};
+std::size_t const least_stretch = unit * classes;
+
 struct chunk
 {
     chunk* next;
@@ -120,17 +129,18 @@ struct shelf
 struct thread_state
 {
     shelf shelves[classes];
-    char* fresh; // the rest of the thread's chunk
+    char* fresh; // the thread's stretch of unused memory
     char* fresh_end;
     enum { unused, open, ended } stage;
 };
 __attribute__((tls_model("initial-exec"))) thread_local thread_state mine;
 
-// Lists that no thread owns, and all chunks.
+// What no thread owns, and all chunks, so that they can always be found.
 struct store
 {
     std::mutex guard;
     node* lists[classes];
+    stretch* stretches;
     chunk* chunks;
 } common;
 
@@ -150,7 +160,36 @@ node* take_over(int k)
     return list;
 }
 
-// Gives the thread's lists to the others when it ends. What is released even later, as by static
+void hand_over_fresh()
+{
+    if (mine.fresh_end - mine.fresh >= static_cast<std::ptrdiff_t>(least_stretch)) {
+        auto* const s = reinterpret_cast<stretch*>(mine.fresh);
+        s->end = mine.fresh_end;
+        std::lock_guard<std::mutex> lock(common.guard);
+        s->next = common.stretches;
+        common.stretches = s;
+    }
+    mine.fresh = mine.fresh_end = nullptr;
+}
+
+// Room for a buffer of any class: what another thread left, or a new chunk.
+void take_over_fresh()
+{
+    std::lock_guard<std::mutex> lock(common.guard);
+    if (stretch* const s = common.stretches) {
+        common.stretches = s->next;
+        mine.fresh = reinterpret_cast<char*>(s);
+        mine.fresh_end = s->end;
+        return;
+    }
+    auto* const c = reinterpret_cast<chunk*>(from_malloc(sizeof(chunk)));
+    c->next = common.chunks;
+    common.chunks = c;
+    mine.fresh = c->bytes;
+    mine.fresh_end = c->bytes + chunk_size;
+}
+
+// Gives what the thread kept to the others when it ends. What is released even later, as by static
 // objects, goes to the common store one by one.
 struct thread_end
 {
@@ -163,6 +202,7 @@ struct thread_end
             hand_over(k, s.reserve);
             s = shelf();
         }
+        hand_over_fresh();
     }
 };
 thread_local thread_end at_thread_end;
@@ -176,21 +216,11 @@ void open_shelves()
     for (shelf& s : mine.shelves) s.room = list_length;
 }
 
-void new_chunk()
-{
-    auto* const c = reinterpret_cast<chunk*>(from_malloc(sizeof(chunk)));
-    mine.fresh = c->bytes;
-    mine.fresh_end = c->bytes + chunk_size;
-    std::lock_guard<std::mutex> lock(common.guard);
-    c->next = common.chunks;
-    common.chunks = c;
-}
-
 // A list of at most `count` buffers that were never used.
 node* fresh_list(int k, int count, int& made)
 {
     std::size_t const size = unit * static_cast<std::size_t>(k + 1);
-    if (mine.fresh_end - mine.fresh < static_cast<std::ptrdiff_t>(size)) new_chunk();
+    if (mine.fresh_end - mine.fresh < static_cast<std::ptrdiff_t>(size)) take_over_fresh();
     node* list = nullptr;
     node** tail = &list;
     for (made = 0; made < count && mine.fresh_end - mine.fresh >= std::ptrdiff_t(size); ++made) {
@@ -224,7 +254,10 @@ __attribute__((noinline)) char* new_from_empty_shelf(int k)
     if (mine.stage == thread_state::ended) {
         int made;
         node* list = take_over(k);
-        if (!list) list = fresh_list(k, 1, made);
+        if (!list) {
+            list = fresh_list(k, 1, made);
+            hand_over_fresh();
+        }
         hand_over(k, list->next);
         return reinterpret_cast<char*>(list);
     }
