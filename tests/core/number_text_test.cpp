@@ -151,7 +151,6 @@ TEST(NumberText, ReadsEveryNumberAsTheCLibraryDoes)
                           "1",
                           "-0",
                           "+7",
-                          "--7",
                           "+-7",
                           " \t\n\v\f\r12",
                           "1.",
@@ -205,6 +204,8 @@ TEST(NumberText, ReadsEveryNumberAsTheCLibraryDoes)
                           "100000000000000016777215",
                           "100000000000000016777216"})
         expect_read_as_by_the_c_library(s);
+    char const two_signs[] = "--7"; // where C libraries differ in the sign of the zero
+    EXPECT_EQ(detail::parse_double(two_signs, two_signs + 3), 0);
     char buffer[400];
     int i = 0;
     for (double x : samples()) {
