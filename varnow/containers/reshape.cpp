@@ -47,6 +47,11 @@ template <class T> void abcd2bcda(T& a, T& b, T& c, T& d)
     std::swap(c, d);
 }
 
+bool outside(int i, int n)
+{
+    return i < 1 || i > n;
+}
+
 bool any_set(Text const* names, int n)
 {
     return std::any_of(names, names + n, [](Text const& name) { return name.len > 0; });
@@ -282,8 +287,8 @@ bool arrange(Vector const& order, int from, int to, int size, char const* routin
     std::vector<int> place(static_cast<std::size_t>(n), -1);
     plan.source.assign(static_cast<std::size_t>(n), -1);
     for (int k = 0; k < n; ++k) {
+        if (outside(order.v[k], n)) return refuse("indeks poza zakresem");
         int const wanted = order.v[k] - 1;
-        if (order.v[k] < 1 || wanted >= n) return refuse("indeks poza zakresem");
         int& first = place[static_cast<std::size_t>(wanted)];
         if (first >= 0) {
             plan.copies.emplace_back(k, first);
