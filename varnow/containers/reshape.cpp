@@ -17,19 +17,46 @@ template <class T> std::unique_ptr<T[]> array_of(std::int64_t n)
     return std::unique_ptr<T[]>(new T[static_cast<std::size_t>(n)]);
 }
 
-// Calls f(i, j) for every cell of a rows by cols grid, square by square, so that walks along rows
-// of one object and columns of another both stay in the cache.
+// Calls f(top, left, down, across) for squares that cover a rows by cols grid, so that walks along
+// rows of one object and columns of another both stay in the cache.
+constexpr int tile = 8; // a cache line of numbers
 template <class F> void by_tiles(int rows, int cols, F f)
 {
-    constexpr int side = 16;
     for (int top = 0, down; top < rows; top += down) {
-        down = std::min(side, rows - top);
+        down = std::min(tile, rows - top);
         for (int left = 0, across; left < cols; left += across) {
-            across = std::min(side, cols - left);
-            for (int i = top; i < top + down; ++i)
-                for (int j = left; j < left + across; ++j) f(i, j);
+            across = std::min(tile, cols - left);
+            f(top, left, down, across);
         }
     }
+}
+
+// to[j][i] takes from[i][j]; texts are moved out of a source that is not constant.
+template <class S, class T> void transpose(S* const* from, int rows, int cols, T* const* to)
+{
+    by_tiles(rows, cols, [=](int top, int left, int down, int across) {
+        if constexpr (std::is_trivially_copyable<T>::value)
+            if (down == tile && across == tile) {
+                T turned[tile][tile];
+                for (int i = 0; i < tile; ++i)
+                    for (int j = 0; j < tile; ++j) turned[j][i] = from[top + i][left + j];
+                for (int j = 0; j < tile; ++j) std::copy_n(turned[j], tile, to[left + j] + top);
+                return;
+            }
+        for (int j = left; j < left + across; ++j)
+            for (int i = top; i < top + down; ++i) to[j][i] = static_cast<S&&>(from[i][j]);
+    });
+}
+
+// The starts of n rows that lie end to end.
+template <class T> std::vector<T*> row_starts(T* first, int n, int cols)
+{
+    std::vector<T*> starts(static_cast<std::size_t>(n));
+    for (T*& start : starts) {
+        start = first;
+        first += cols;
+    }
+    return starts;
 }
 
 // Refuses what is not square.
@@ -47,6 +74,11 @@ template <class T> void abcd2bcda(T& a, T& b, T& c, T& d)
     std::swap(c, d);
 }
 
+bool outside(int i, int n)
+{
+    return i < 1 || i > n;
+}
+
 bool any_set(Text const* names, int n)
 {
     return std::any_of(names, names + n, [](Text const& name) { return name.len > 0; });
@@ -57,8 +89,10 @@ bool any_set(Text const* names, int n)
 template <class T> void data<T>::tr()
 {
     if (!square(*this, "tr()")) return;
-    by_tiles(rows, cols, [this](int i, int j) {
-        if (i < j) std::swap(cell[i][j], cell[j][i]);
+    by_tiles(rows, cols, [this](int top, int left, int down, int across) {
+        for (int i = top; i < top + down; ++i)
+            for (int j = std::max(left, i + 1); j < left + across; ++j)
+                std::swap(cell[i][j], cell[j][i]);
     });
     std::swap(rnames, cnames);
 }
@@ -68,7 +102,7 @@ template <class T> data<T> operator~(data<T> const& a)
     data<T> r(a.cols, a.rows);
     copynames_r2c(a, r);
     copynames_c2r(a, r);
-    by_tiles(a.rows, a.cols, [&](int i, int j) { r.cell[j][i] = a.cell[i][j]; });
+    transpose<T const>(a.cell, a.rows, a.cols, r.cell);
     return r;
 }
 
@@ -76,8 +110,11 @@ template <class T> void data<T>::rot90()
 {
     if (!square(*this, "rot90()")) return;
     int const last = rows - 1;
-    by_tiles(rows / 2, rows - rows / 2, [this, last](int i, int j) {
-        abcd2bcda(cell[i][j], cell[j][last - i], cell[last - i][last - j], cell[last - j][i]);
+    by_tiles(rows / 2, rows - rows / 2, [this, last](int top, int left, int down, int across) {
+        for (int i = top; i < top + down; ++i)
+            for (int j = left; j < left + across; ++j)
+                abcd2bcda(cell[i][j], cell[j][last - i], cell[last - i][last - j],
+                          cell[last - j][i]);
     });
     std::swap(rnames, cnames);
     std::reverse(rnames, rnames + rows);
@@ -88,7 +125,9 @@ template <class T> data<T> rot90(data<T> const& a)
     data<T> r(a.cols, a.rows);
     copynames_r2c(a, r);
     std::reverse_copy(a.cnames, a.cnames + a.cols, r.rnames);
-    by_tiles(a.rows, a.cols, [&](int i, int j) { r.cell[a.cols - 1 - j][i] = a.cell[i][j]; });
+    std::vector<T*> upward(r.cell, r.cell + r.rows);
+    std::reverse(upward.begin(), upward.end());
+    transpose<T const>(a.cell, a.rows, a.cols, upward.data());
     return r;
 }
 
@@ -190,12 +229,8 @@ template <class T> void data<T>::reshape(int r, int c)
         return errormessage<T>("reshape(int,int)", "podano zle wymiary", "");
     data fresh(r, c);
     auto const line = array_of<T>(count);
-    // Cell (i, j) of an object of that many rows.
-    auto at = [&line](int i, int j, int height) -> T& {
-        return line[static_cast<std::size_t>(std::int64_t(j) * height + i)];
-    };
-    by_tiles(rows, cols, [&](int i, int j) { at(i, j, rows) = static_cast<T&&>(cell[i][j]); });
-    by_tiles(r, c, [&](int i, int j) { fresh.cell[i][j] = static_cast<T&&>(at(i, j, r)); });
+    transpose(cell, rows, cols, row_starts(line.get(), cols, rows).data());
+    transpose(row_starts(line.get(), c, r).data(), c, r, fresh.cell);
     *this = static_cast<data&&>(fresh);
 }
 
@@ -282,8 +317,8 @@ bool arrange(Vector const& order, int from, int to, int size, char const* routin
     std::vector<int> place(static_cast<std::size_t>(n), -1);
     plan.source.assign(static_cast<std::size_t>(n), -1);
     for (int k = 0; k < n; ++k) {
+        if (outside(order.v[k], n)) return refuse("indeks poza zakresem");
         int const wanted = order.v[k] - 1;
-        if (order.v[k] < 1 || wanted >= n) return refuse("indeks poza zakresem");
         int& first = place[static_cast<std::size_t>(wanted)];
         if (first >= 0) {
             plan.copies.emplace_back(k, first);

@@ -59,7 +59,7 @@ template <class T> data<T> pick_cols(data<T> const& a, Vector const& positions)
     if (positions.n == 0) return data<T>();
     data<T> r(a.rows, positions.n);
     pick(a.cnames, positions, r.cnames);
-    detail::copy_texts(a.rnames, r.rnames, a.rows);
+    detail::copy_texts_to_new(a.rnames, r.rnames, a.rows);
     for (int i = 0; i < a.rows; ++i) pick(a.cell[i], positions, r.cell[i]);
     return r;
 }
@@ -69,9 +69,9 @@ template <class T> data<T> pick_rows(data<T> const& a, Vector const& positions)
     if (positions.n == 0) return data<T>();
     data<T> r(positions.n, a.cols);
     pick(a.rnames, positions, r.rnames);
-    detail::copy_texts(a.cnames, r.cnames, a.cols);
+    detail::copy_texts_to_new(a.cnames, r.cnames, a.cols);
     for (int k = 0; k < positions.n; ++k)
-        std::copy_n(a.cell[positions.v[k] - 1], a.cols, r.cell[k]);
+        detail::copy_cells(a.cell[positions.v[k] - 1], a.cols, r.cell[k]);
     return r;
 }
 
@@ -211,7 +211,7 @@ template <class T> void data<T>::setrow(Vector const& idx, data const& b)
     if (b.rows != idx.n)
         return refuse("liczba wierszy danych do wstawienia niezgodna z dlugoscia indeksu");
     if (&b == this) return setrow(idx, data(b));
-    for (int k = 0; k < idx.n; ++k) std::copy_n(b.cell[k], cols, cell[idx.v[k] - 1]);
+    for (int k = 0; k < idx.n; ++k) detail::copy_cells(b.cell[k], cols, cell[idx.v[k] - 1]);
 }
 
 template <class T> void data<T>::setrow(int i, data const& b)
@@ -253,11 +253,11 @@ template <class A, detail::if_plain<A>> A operator|(A const& a, A const& b)
         return A();
     }
     A r(a.rows, detail::checked_size(std::int64_t(a.cols) + b.cols));
-    detail::copy_texts(a.rnames, r.rnames, a.rows);
-    detail::copy_texts(a.cnames, r.cnames, a.cols);
-    detail::copy_texts(b.cnames, r.cnames + a.cols, b.cols);
+    detail::copy_texts_to_new(a.rnames, r.rnames, a.rows);
+    detail::copy_texts_to_new(a.cnames, r.cnames, a.cols);
+    detail::copy_texts_to_new(b.cnames, r.cnames + a.cols, b.cols);
     for (int i = 0; i < r.rows; ++i)
-        std::copy_n(b.cell[i], b.cols, std::copy_n(a.cell[i], a.cols, r.cell[i]));
+        detail::copy_cells(b.cell[i], b.cols, detail::copy_cells(a.cell[i], a.cols, r.cell[i]));
     return r;
 }
 
@@ -269,9 +269,9 @@ template <class A, detail::if_plain<A>> A operator&(A const& a, A const& b)
         return A();
     }
     A r(detail::checked_size(std::int64_t(a.rows) + b.rows), a.cols);
-    detail::copy_texts(a.cnames, r.cnames, a.cols);
-    detail::copy_texts(a.rnames, r.rnames, a.rows);
-    detail::copy_texts(b.rnames, r.rnames + a.rows, b.rows);
+    detail::copy_texts_to_new(a.cnames, r.cnames, a.cols);
+    detail::copy_texts_to_new(a.rnames, r.rnames, a.rows);
+    detail::copy_texts_to_new(b.rnames, r.rnames + a.rows, b.rows);
     detail::copy_rows(a.cell, r.cell, a.rows, a.cols);
     detail::copy_rows(b.cell, r.cell + a.rows, b.rows, b.cols);
     return r;
@@ -286,8 +286,8 @@ template <class T> data<T>& data<T>::operator|=(data const& b)
     if (&b == this) return *this = b | b;
     int const old = cols;
     resizec(rows, detail::checked_size(std::int64_t(cols) + b.cols));
-    detail::copy_texts(b.cnames, cnames + old, b.cols);
-    for (int i = 0; i < rows; ++i) std::copy_n(b.cell[i], b.cols, cell[i] + old);
+    detail::copy_texts_to_new(b.cnames, cnames + old, b.cols);
+    for (int i = 0; i < rows; ++i) detail::copy_cells(b.cell[i], b.cols, cell[i] + old);
     return *this;
 }
 
@@ -300,7 +300,7 @@ template <class T> data<T>& data<T>::operator&=(data const& b)
     if (&b == this) return *this = b & b;
     int const old = rows;
     resizec(detail::checked_size(std::int64_t(rows) + b.rows), cols);
-    detail::copy_texts(b.rnames, rnames + old, b.rows);
+    detail::copy_texts_to_new(b.rnames, rnames + old, b.rows);
     detail::copy_rows(b.cell, cell + old, b.rows, b.cols);
     return *this;
 }
@@ -448,7 +448,7 @@ namespace {
 template <class T> void interleave(T const* a, int group, T const* b, int groups, T* to)
 {
     for (int g = 0; g < groups; ++g, a += group) {
-        to = std::copy_n(a, group, to);
+        to = detail::copy_cells(a, group, to);
         *to++ = b[g];
     }
 }
@@ -465,7 +465,7 @@ template <class A, detail::if_plain<A>> A shufflecol(A const& a, A const& b)
     if (b.cols == 0 || a.cols % b.cols != 0) return refuse("niewlasciwa liczba kolumn");
     int const group = a.cols / b.cols;
     A r(a.rows, detail::checked_size(std::int64_t(a.cols) + b.cols));
-    detail::copy_texts(a.rnames, r.rnames, a.rows);
+    detail::copy_texts_to_new(a.rnames, r.rnames, a.rows);
     interleave(a.cnames, group, b.cnames, b.cols, r.cnames);
     for (int i = 0; i < r.rows; ++i) interleave(a.cell[i], group, b.cell[i], b.cols, r.cell[i]);
     return r;
@@ -482,7 +482,7 @@ template <class A, detail::if_plain<A>> A shufflerow(A const& a, A const& b)
     if (b.rows == 0 || a.rows % b.rows != 0) return refuse("niewlasciwa liczba wierszy");
     int const group = a.rows / b.rows;
     A r(detail::checked_size(std::int64_t(a.rows) + b.rows), a.cols);
-    detail::copy_texts(a.cnames, r.cnames, a.cols);
+    detail::copy_texts_to_new(a.cnames, r.cnames, a.cols);
     interleave(a.rnames, group, b.rnames, b.rows, r.rnames);
     std::vector<T*> source(static_cast<std::size_t>(r.rows));
     interleave(a.cell, group, b.cell, b.rows, source.data());

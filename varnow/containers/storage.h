@@ -64,6 +64,14 @@ inline void copy_texts_to_new(Text const* from, Text* to, int n)
     });
 }
 
+/// Copies n cells that are often few, and gives the place behind them.
+template <class T> T* copy_cells(T const* from, int n, T* to)
+{
+    if (n >= 8) return std::copy_n(from, n, to);
+    for (int i = 0; i < n; ++i) to[i] = from[i];
+    return to + n;
+}
+
 /// A size that was formed from other sizes; throws as the arrays above do.
 int checked_size(std::int64_t n);
 
