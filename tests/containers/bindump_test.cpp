@@ -1,0 +1,109 @@
+#include <tests/support/refusal.h>
+
+#include <varnow/containers/matrix.h>
+
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace {
+
+using namespace varnow;
+
+struct closer
+{
+    void operator()(std::FILE* f) const { std::fclose(f); }
+};
+using stream = std::unique_ptr<std::FILE, closer>;
+
+stream holding(std::string const& bytes)
+{
+    stream f(std::tmpfile());
+    std::fwrite(bytes.data(), 1, bytes.size(), f.get());
+    std::rewind(f.get());
+    return f;
+}
+
+std::string content(std::FILE* f)
+{
+    std::string bytes;
+    std::rewind(f);
+    for (int c; (c = std::getc(f)) != EOF;) bytes += static_cast<char>(c);
+    return bytes;
+}
+
+TEST(BinDump, HasTheStatedForm)
+{
+    matrix m("1,5 -0,0000001; 1000000 4");
+    m.cell[1][1] = -INFINITY;
+    m.colname(1) = "a b";
+    m.rowname(2) = "3";
+    stream const f(std::tmpfile());
+    m.writebin(f.get());
+    matrix(0, 2).writebin(f.get());
+    EXPECT_EQ(content(f.get()), "2 2 3 a b0 0 1.500000 -0.000000 1 31000000.000000 -inf 0 2 0 0 ");
+}
+
+TEST(BinDump, ComesBackFromAmongOtherData)
+{
+    matrix m("1,5 2; 1,0000004 4");
+    m.cell[1][1] = std::nan("");
+    m.colname(2) = "second one";
+    m.rowname(1) = "1";
+    stream const f(std::tmpfile());
+    std::fputs("before ", f.get());
+    m.writebin(f.get());
+    matrix(3, 0).writebin(f.get());
+    std::fputs("after", f.get());
+    std::rewind(f.get());
+
+    char word[10];
+    matrix r(2, 2), empty;
+    double* const cells = r.cell[0];
+    r.rowname(2) = "previous";
+    ASSERT_EQ(std::fscanf(f.get(), "%9s", word), 1);
+    r.readbin(f.get());
+    empty.readbin(f.get());
+    ASSERT_EQ(std::fscanf(f.get(), "%9s", word), 1);
+    EXPECT_STREQ(word, "after");
+    EXPECT_EQ(r.cell[0], cells);
+    EXPECT_EQ(r(1, 1), 1.5);
+    EXPECT_EQ(r(2, 1), 1); // six decimals survive
+    EXPECT_TRUE(std::isnan(r(2, 2)));
+    EXPECT_EQ(r.colname(2), "second one");
+    EXPECT_EQ(r.rowname(1), "1");
+    EXPECT_EQ(r.rowname(2), "");
+    EXPECT_EQ(empty.rows, 3);
+    EXPECT_EQ(empty.cols, 0);
+}
+
+TEST(BinDumpDeathTest, RefusesDamage)
+{
+    char const* const damaged[] = {
+        "",
+        "x",
+        "2 ",
+        "-1 2 0 0 ",
+        "1 -2 0 ",
+        "2147483647 2147483647 0 0 0 1 ",
+        "2147483647 0 0 0 ",
+        "0 2147483647 0 0 0",
+        "99999999999999999999 1 0 ",
+        "1 1 0 2147483647 1.0 ",
+        "1 1 -5 0 1.0 ",
+        "1 1 3 ab",
+        "1 2 0 0 0 1.0 ",
+        "1 2 0 0 0 1.0 abc ",
+        "2 1 0 0 1.0 0 ",
+    };
+    for (char const* bytes : damaged) {
+        SCOPED_TRACE(bytes);
+        matrix m;
+        stream const f = holding(bytes);
+        EXPECT_REFUSAL(m.readbin(f.get()), "MATRIX", "void readbin(FILE*)",
+                       "nieprawidlowa zawartosc pliku");
+    }
+}
+
+} // namespace
