@@ -3,9 +3,9 @@
 #include <varnow/containers/cellwise.h>
 #include <varnow/containers/ordering.h>
 #include <varnow/containers/slicing.h>
+#include <varnow/core/parse.h>
 
 #include <cmath>
-#include <cstdlib>
 
 namespace varnow {
 
@@ -44,7 +44,7 @@ table::operator matrix() const
     matrix r(rows, cols);
     copynames(*this, r);
     detail::set_cells(
-        r, [](Text const& x) { return std::atof(com2dot(x).str); }, *this);
+        r, [](Text const& x) { return detail::parse_double(x.str, x.str + x.len, true); }, *this);
     return r;
 }
 
