@@ -92,20 +92,44 @@ scan_digits(char const* p, char const* end, char const* readable, std::uint64_t&
     return p;
 }
 
-// n / d rounded once, for n above 0 and d up to 10^19.
-double quotient(std::uint64_t n, std::uint64_t d)
+// 2^127 / 10^k, with the power of ten shifted until its first bit is set; there is none for k 0.
+struct inverse_powers
 {
-    // Both with their first bit set, so that the quotient has at least 62 bits. The last of them
-    // stands for the whole remainder: the conversion to 53 bits then rounds as it should.
+    std::uint64_t at[20];
+    constexpr inverse_powers() : at()
+    {
+        std::uint64_t power = 1;
+        for (int k = 1; k < 20; ++k) {
+            power *= 10;
+            at[k] =
+                static_cast<std::uint64_t>((wide(1) << 127) / (power << __builtin_clzll(power)));
+        }
+    }
+};
+constexpr inverse_powers inverse;
+
+// n / 10^k rounded once, for n above 0 and k from 1 to 19.
+double quotient(std::uint64_t n, int k)
+{
+    // With the first bit of both set the quotient has 63 or 64 bits, of which a double keeps 53.
+    std::uint64_t const d = whole_powers_of_ten[k];
     int const n_shift = __builtin_clzll(n), d_shift = __builtin_clzll(d);
-    wide const dividend = wide(n << n_shift) << 63;
-    std::uint64_t const divisor = d << d_shift;
-    std::uint64_t const q = static_cast<std::uint64_t>(dividend / divisor);
-    bool const rest = dividend != wide(q) * divisor;
+    n <<= n_shift;
+    // The product is below the quotient by less than 2, which decides unless the bits to drop lie
+    // about the middle.
+    std::uint64_t q = static_cast<std::uint64_t>(wide(n) * inverse.at[k] >> 64);
+    int const dropped = 11 - __builtin_clzll(q);
+    std::uint64_t const middle = 1ULL << (dropped - 1), rest = q & (2 * middle - 1);
+    if (rest == middle || rest + 1 == middle) {
+        wide const dividend = wide(n) << 63;
+        q = static_cast<std::uint64_t>(dividend / (d << d_shift));
+        // The last bit stands for the whole remainder.
+        q |= dividend != wide(q) * (d << d_shift);
+    }
     std::uint64_t const scale = static_cast<std::uint64_t>(1023 + d_shift - n_shift - 63) << 52;
     double power_of_two;
     std::memcpy(&power_of_two, &scale, 8);
-    return static_cast<double>(q | rest) * power_of_two;
+    return static_cast<double>(q) * power_of_two;
 }
 
 // For what the short way can't do: from_chars on a copy with a point, since it knows no comma.
@@ -170,7 +194,7 @@ bool parse_plain(char const* begin, char const* end, char const* readable, bool 
         x = static_cast<double>(mantissa);
         x = exponent < 0 ? x / powers_of_ten[-exponent] : x * powers_of_ten[exponent];
     } else if (digits <= 19 && mantissa > 0 && exponent < 0 && exponent >= -19) {
-        x = quotient(mantissa, whole_powers_of_ten[-exponent]);
+        x = quotient(mantissa, static_cast<int>(-exponent));
     } else if (!parse_long(number, p, point, x)) {
         return false;
     }
