@@ -146,7 +146,7 @@ void bm_flags(benchmark::State& state)
 {
     Vector const flags = coin_flags(1000000);
     for (auto _ : state)
-        benchmark::DoNotOptimize(nindex(-find(!flags && flags || flags), 1000000).v);
+        benchmark::DoNotOptimize(nindex(-find((!flags && flags) || flags), 1000000).v);
 }
 BENCHMARK(bm_flags);
 
