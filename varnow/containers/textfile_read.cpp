@@ -97,21 +97,33 @@ private:
     bool ended_ = false;
 };
 
-// Bit k says whether p[k] is c, for 64 bytes.
-std::uint64_t places(char const* p, char c)
+// Bit k says whether p[k] is one of the characters, for 64 bytes.
+template <class... C> inline std::uint64_t places(char const* p, C... c)
 {
     std::uint64_t found = 0;
 #if defined(__SSE2__)
-    __m128i const wanted = _mm_set1_epi8(c);
     for (int k = 0; k < 64; k += 16) {
         __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(p + k));
-        auto const mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, wanted)));
-        found |= std::uint64_t(mask) << k;
+        __m128i any = _mm_setzero_si128();
+        ((any = _mm_or_si128(any, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)))), ...);
+        found |= std::uint64_t(static_cast<unsigned>(_mm_movemask_epi8(any))) << k;
     }
 #else
-    for (int k = 0; k < 64; ++k) found |= std::uint64_t(p[k] == c) << k;
+    for (int k = 0; k < 64; ++k) found |= std::uint64_t(((p[k] == c) || ...)) << k;
 #endif
     return found;
+}
+
+// The bits of those of 64 bytes at p that stand before the end.
+inline std::uint64_t inside(char const* p, char const* end)
+{
+    return end - p < 64 ? (std::uint64_t(1) << (end - p)) - 1 : ~std::uint64_t(0);
+}
+
+// The bits below the lowest one.
+inline std::uint64_t below_lowest(std::uint64_t bits)
+{
+    return bits ^ (bits - 1) ^ (bits & (~bits + 1));
 }
 
 struct file_shape
@@ -128,12 +140,10 @@ file_shape measure(byte_source& source, char sep)
     std::int64_t separators = 0;
     while (source.next())
         for (char const* p = source.begin(); p < source.end(); p += 64) {
-            std::uint64_t const inside =
-                source.end() - p < 64 ? (std::uint64_t(1) << (source.end() - p)) - 1 : ~0ULL;
-            std::uint64_t ends = places(p, '\n') & inside;
-            std::uint64_t seps = sep == '\n' ? 0 : places(p, sep) & inside;
+            std::uint64_t ends = places(p, '\n') & inside(p, source.end());
+            std::uint64_t seps = sep == '\n' ? 0 : places(p, sep) & inside(p, source.end());
             for (; ends; ends &= ends - 1) {
-                std::uint64_t const before = (ends & (~ends + 1)) - 1;
+                std::uint64_t const before = below_lowest(ends);
                 separators += __builtin_popcountll(seps & before);
                 seps &= ~before;
                 ++shape.lines;
@@ -149,34 +159,16 @@ file_shape measure(byte_source& source, char sep)
     return shape;
 }
 
-// The first byte that ends a field or asks for a closer look. A zero byte stands at the end.
-char const* next_special(char const* p, char sep, char quote)
-{
-#if defined(__SSE2__)
-    auto const all = [](char c) { return _mm_set1_epi8(c); };
-    for (;; p += 16) {
-        __m128i const bytes = _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
-        __m128i const ends =
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, all(sep)), _mm_cmpeq_epi8(bytes, all('\n')));
-        __m128i const others =
-            _mm_or_si128(_mm_cmpeq_epi8(bytes, all('\r')), _mm_cmpeq_epi8(bytes, all(0)));
-        __m128i const any =
-            _mm_or_si128(_mm_or_si128(ends, others), _mm_cmpeq_epi8(bytes, all(quote)));
-        if (int const mask = _mm_movemask_epi8(any)) return p + __builtin_ctz(unsigned(mask));
-    }
-#else
-    while (*p != sep && *p != '\n' && *p != '\r' && *p != 0 && *p != quote) ++p;
-    return p;
-#endif
-}
-
 // Up to seven digits at p, eight bytes of which can be read; their number goes to n. More than
 // seven give n = 8. The digits are joined pairwise: 8 to 4 to 2 to 1 numbers.
 std::uint64_t short_digits(char const* p, int& n)
 {
     constexpr std::uint64_t each = 0x0101010101010101;
-    std::uint64_t v = 0;
-    for (int k = 7; k >= 0; --k) v = v << 8 | static_cast<unsigned char>(p[k]);
+    std::uint64_t v;
+    std::memcpy(&v, p, 8);
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    v = __builtin_bswap64(v);
+#endif
     v ^= 0x30 * each;
     std::uint64_t const others = ((v + 0x76 * each) | v) & 0x80 * each;
     n = others ? __builtin_ctzll(others) / 8 : 8;
@@ -195,7 +187,7 @@ char const* short_decimal(char const* p, char point, double& x)
     static double const powers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7};
     static std::uint64_t const whole_powers[] = {1,     10,     100,     1000,
                                                  10000, 100000, 1000000, 10000000};
-    bool const negative = *p == '-';
+    std::uint64_t const negative = *p == '-';
     p += negative;
     int n, decimals = 0;
     std::uint64_t mantissa = short_digits(p, n);
@@ -208,7 +200,11 @@ char const* short_decimal(char const* p, char point, double& x)
         p += decimals;
     }
     x = static_cast<double>(static_cast<std::int64_t>(mantissa)) / powers[decimals];
-    if (negative) x = -x;
+    // Signs are hard to foretell: no jump.
+    std::uint64_t bits;
+    std::memcpy(&bits, &x, 8);
+    bits ^= negative << 63;
+    std::memcpy(&x, &bits, 8);
     return p;
 }
 
@@ -240,7 +236,6 @@ public:
           header_(f.header),
           col_(first_col()),
           point_(detail::point_locale()),
-          short_numbers_(point_ && !std::strchr("0123456789+-.", f.sep)),
           comma_(f.sep == ',' ? '.' : ',')
     {
         if (!f.header) clear(a.cnames, a.cols);
@@ -250,18 +245,15 @@ public:
     // The message proper of a refusal, or null.
     char const* fill(byte_source& source)
     {
-        while (!refusal_ && row_ < a_.rows + header_ && source.next()) {
-            end_ = source.end();
-            char const* p = source.begin();
-            if (header_) p = header(p);
-            while (p < end_ && row_ < a_.rows && !header_ && !refusal_) p = field(p);
-        }
+        while (!done() && source.next()) block(source.begin(), source.end());
         if (!refusal_)
             while (row_ < a_.rows) finish_line();
         return refusal_;
     }
 
 private:
+    static constexpr bool numbers = std::is_same<T, double>::value;
+
     int first_col() const { return f_.rownames ? -1 : 0; }
 
     static void clear(Text* names, int n)
@@ -270,119 +262,161 @@ private:
             if (names[i].len != 0) names[i] = Text();
     }
 
-    // Takes the next field up to the byte behind its end, or what the block holds of it.
-    char const* field(char const* p)
+    bool done() const { return refusal_ || (row_ >= a_.rows && !header_); }
+
+    // Finds the ends of all fields in 64 bytes at once, so that one field need not wait for the
+    // last one. What follows the last end is kept for the next block.
+    void block(char const* p, char const* const end)
     {
-        if (length_ == 0 && col_ >= 0 && col_ < a_.cols)
-            if (char const* const q = whole_field(p)) return finish_field(q);
-        char const* const q = piece(p, [](char c) { return commod<T>(c); });
-        if (refusal_ || q == end_) return end_;
-        if (col_ < 0)
-            name(a_.rnames[row_]);
-        else if (col_ < a_.cols)
-            cell();
-        length_ = 0;
-        return finish_field(q);
+        char const* field = p;
+        bool plain = true;
+        cells next = length_ == 0 ? cells_here() : cells{};
+        for (; p < end; p += 64) {
+            std::uint64_t ends = places(p, f_.sep, '\n') & inside(p, end);
+            // A number tells by itself when something else stands in its field.
+            std::uint64_t others = numbers ? 0 : places(p, f_.quote, '\r', '\0');
+            for (; ends; ends &= ends - 1) {
+                char const* const field_end = p + __builtin_ctzll(ends);
+                std::uint64_t const before = below_lowest(ends);
+                plain = plain && !(others & before);
+                others &= ~before;
+                bool const set =
+                    next.at < next.end && plain && set_plain(*next.at, field, field_end);
+                next.at += set;
+                if (!set || *field_end == '\n') {
+                    leave(next);
+                    if (set)
+                        finish_line();
+                    else
+                        take(field, field_end);
+                    if (done()) return;
+                    next = cells_here();
+                }
+                plain = true;
+                field = field_end + 1;
+            }
+            plain = plain && !others;
+        }
+        leave(next);
+        add(field, end);
     }
 
-    // A cell that stands in the block in one piece; its end, or null when it takes more than that.
-    char const* whole_field(char const* p)
+    // The cells of the row from the one at hand on; none where a name stands.
+    struct cells
     {
-        if (*p == f_.quote) ++p;
-        T& x = a_.cell[row_][col_];
-        if constexpr (std::is_same<T, double>::value) {
-            if (short_numbers_)
-                if (char const* const q = short_decimal(p, comma_, x))
-                    if (char const* const end = delimiter(q)) return end;
+        T* at = nullptr;
+        T* end = nullptr;
+    };
+    cells cells_here() const
+    {
+        if (header_ || col_ < 0 || col_ > a_.cols) return {};
+        return {a_.cell[row_] + col_, a_.cell[row_] + a_.cols};
+    }
+
+    void leave(cells const& next)
+    {
+        if (next.at) col_ = static_cast<int>(next.at - a_.cell[row_]);
+    }
+
+    // A field, or what the buffer lacks of it.
+    void take(char const* p, char const* const end)
+    {
+        bool const cell = !header_ && col_ >= 0 && col_ < a_.cols;
+        if (!cell || length_ > 0 || !set_cell(a_.cell[row_][col_], p, end)) {
+            add(p, end);
+            if (refusal_) return;
+            if (cell)
+                set_cell(a_.cell[row_][col_]);
+            else if (Text* const name = name_here())
+                set_name(*name);
+            length_ = 0;
         }
-        char const* const q = next_special(p, f_.sep, f_.quote);
-        char const* const end = delimiter(q);
-        std::size_t const n = static_cast<std::size_t>(q - p);
-        if (!end || n > longest_field) return nullptr;
-        if (n == 0)
+        ++col_;
+        if (*end == '\n') finish_line();
+    }
+
+    // Where the row or column name at hand goes, if it goes anywhere.
+    Text* name_here() const
+    {
+        if (!header_) return col_ < 0 ? &a_.rnames[row_] : nullptr;
+        return col_ >= 0 && col_ < a_.cols ? &a_.cnames[col_] : nullptr;
+    }
+
+    // A cell from a field of the usual form; false for any other.
+    bool set_plain(T& x, char const* p, char const* end) const
+    {
+        if constexpr (numbers) {
+            return point_ && short_decimal(p, comma_, x) == end;
+        } else {
+            std::size_t const n = static_cast<std::size_t>(end - p);
+            if (n <= longest_field) set_text(x, p, n);
+            return n <= longest_field;
+        }
+    }
+
+    // A cell straight from the file; false when the field must go through the buffer.
+    bool set_cell(T& x, char const* p, char const* end) const
+    {
+        if (p < end && *p == f_.quote) ++p;
+        if (p < end && end[-1] == '\r') --end;
+        if (p < end && end[-1] == f_.quote) --end;
+        for (char const* q = p; q < end; ++q)
+            if (*q == f_.quote || *q == '\r' || *q == 0) return false;
+        if (p == end) {
+            x = __NAN<T>();
+            return true;
+        }
+        if (set_plain(x, p, end)) return true;
+        if constexpr (numbers)
+            return point_ && end - p <= std::ptrdiff_t(longest_field) &&
+                   detail::parse_plain(p, end, f_.sep != ',', x);
+        return false;
+    }
+
+    // A cell from the buffer.
+    void set_cell(T& x)
+    {
+        if (length_ == 0)
             x = __NAN<T>();
         else if constexpr (std::is_same<T, Text>::value)
-            set_text(x, p, n);
-        else if (!point_ || !detail::parse_plain(p, q, f_.sep != ',', x))
-            return nullptr;
-        return end;
-    }
-
-    // The delimiter at q, or behind the closing quote and the CR that stand there.
-    char const* delimiter(char const* q) const
-    {
-        if (*q == f_.quote) ++q;
-        if (*q == '\r') ++q;
-        return q < end_ && (*q == f_.sep || *q == '\n') ? q : nullptr;
-    }
-
-    // Adds to the buffered field what the block holds of it; returns its delimiter, or the end.
-    template <class F> char const* piece(char const* p, F filter)
-    {
-        for (; p < end_ && *p != f_.sep && *p != '\n'; ++p) {
-            if (*p == '\r' || *p == f_.quote) continue;
-            if (length_ == longest_field) {
-                refusal_ =
-                    header_ ? "nazwa kolumny ma zbyt wiele znakow" : "tekst ma zbyt wiele znakow";
-                return end_;
-            }
-            buffer_[length_++] = filter(*p);
-        }
-        return p;
-    }
-
-    // The buffered field counts up to its first zero byte.
-    void name(Text& to)
-    {
-        buffer_[length_] = 0;
-        set_text(to, buffer_, std::strlen(buffer_));
-    }
-
-    void cell()
-    {
-        T& x = a_.cell[row_][col_];
-        if (length_ == 0) {
-            x = __NAN<T>();
-            return;
-        }
-        if constexpr (std::is_same<T, Text>::value) {
-            name(x);
-        } else {
+            set_name(x);
+        else {
             buffer_[length_] = 0;
             x = StoT<double>(buffer_);
         }
     }
 
-    char const* finish_field(char const* q)
+    // The buffered field counts up to its first zero byte.
+    void set_name(Text& to)
     {
-        ++col_;
-        if (*q == '\n') finish_line();
-        return q + 1;
+        buffer_[length_] = 0;
+        set_text(to, buffer_, std::strlen(buffer_));
+    }
+
+    // Adds to the buffered field.
+    void add(char const* p, char const* end)
+    {
+        for (; p < end; ++p) {
+            if (*p == '\r' || *p == f_.quote) continue;
+            if (length_ == longest_field) {
+                refusal_ =
+                    header_ ? "nazwa kolumny ma zbyt wiele znakow" : "tekst ma zbyt wiele znakow";
+                return;
+            }
+            buffer_[length_++] = header_ ? *p : commod<T>(*p);
+        }
     }
 
     void finish_line()
     {
-        for (int j = std::max(col_, 0); j < a_.cols; ++j) a_.cell[row_][j] = __NAN<T>();
-        if (col_ < 0) a_.rnames[row_] = Text();
-        col_ = first_col();
-        ++row_;
-        if (steps_) steps_->update();
-    }
-
-    char const* header(char const* p)
-    {
-        while (p < end_ && !refusal_) {
-            p = piece(p, [](char c) { return c; });
-            if (refusal_ || p == end_) return end_;
-            if (col_ >= 0 && col_ < a_.cols) name(a_.cnames[col_]);
-            length_ = 0;
-            ++col_;
-            if (*p++ != '\n') continue;
-            header_ = 0;
-            col_ = first_col();
-            break;
+        if (!header_) {
+            for (int j = std::max(col_, 0); j < a_.cols; ++j) a_.cell[row_][j] = __NAN<T>();
+            if (col_ < 0) a_.rnames[row_] = Text();
+            ++row_;
+            if (steps_) steps_->update();
         }
-        return p;
+        header_ = 0;
+        col_ = first_col();
     }
 
     data<T>& a_;
@@ -392,9 +426,7 @@ private:
     int row_ = 0;
     int col_; // -1 is the row name
     bool const point_;
-    bool const short_numbers_;
     char const comma_;
-    char const* end_ = nullptr;
     char const* refusal_ = nullptr;
     std::size_t length_ = 0;
     char buffer_[longest_field + 1];
