@@ -13,29 +13,67 @@ namespace varnow {
 /// Sorts the cells in place and returns the permutation: the 1-based former position of each. With
 /// flag not 0 the names move too. The order among equal keys and the places of NaN are those of one
 /// fixed quicksort with the middle element as pivot (not stable), whatever engine finds them.
-/// - refuses: more than a vector; a direction above 1
+/// A vector without cells has the empty permutation.
+/// - refuses: more than a vector; another direction
 template <class T> VARNOW_API Vector sort(data<T>& x, Direction d = Ascending, int flag = 0);
 /// The permutation only. - refuses: more than a vector; and as `sort`
 template <class T> VARNOW_API Vector order(data<T> const& x, Direction d = Ascending);
-/// Sorts x and puts y in the same order. Refuses different shapes, and as `sort`.
+/// Sorts x and puts y in the same order; with flag not 0 the names of both move too.
+/// - refuses: different shapes; and as `sort`
 template <class T>
 VARNOW_API void sort(data<T>& x, data<T>& y, Direction d = Ascending, int flag = 0);
 
+// The direction as a plain number, 0 or 1.
+template <class T> Vector sort(data<T>& x, int d, int flag = 0)
+{
+    return sort(x, static_cast<Direction>(d), flag);
+}
+template <class T> Vector order(data<T> const& x, int d)
+{
+    return order(x, static_cast<Direction>(d));
+}
+template <class T> void sort(data<T>& x, data<T>& y, int d, int flag = 0)
+{
+    sort(x, y, static_cast<Direction>(d), flag);
+}
+
+// The quicksorts behind `sort`, by direction and for a column ("2c") or row ("2r") container: they
+// sort the stretch from left to right, counted from 0, of the first column (row) and exchange the
+// entries of p with the cells. The swaps exchange two places. Names stay.
+// - refuses: a stretch or place outside x or p (nothing is done for left not below right)
+template <class T> VARNOW_API void qsort_asc_2c(data<T>& x, Vector& p, int left, int right);
+template <class T> VARNOW_API void qsort_asc_2r(data<T>& x, Vector& p, int left, int right);
+template <class T> VARNOW_API void qsort_desc_2c(data<T>& x, Vector& p, int left, int right);
+template <class T> VARNOW_API void qsort_desc_2r(data<T>& x, Vector& p, int left, int right);
+template <class T> VARNOW_API void swap_2c(data<T>& x, Vector& p, int i, int j);
+template <class T> VARNOW_API void swap_2r(data<T>& x, Vector& p, int i, int j);
+
+/// What `sort_asc` and `sort_desc` compare.
+struct sort_record
+{
+    int position;
+    double key;
+};
+/// Comparison routines for the C library's `qsort` on records: -1, 0 or 1; a NaN compares equal to
+/// everything.
+VARNOW_API int sort_asc(void const* a, void const* b);
+VARNOW_API int sort_desc(void const* a, void const* b);
+
 /// x with repeats left out: first occurrences in order or, with from_end not 0, last occurrences in
-/// their order. Keeps the orientation.
+/// their order. Keeps the orientation, no names. Refuses more than a vector.
 template <class T> VARNOW_API data<T> unique(data<T> const& x, int from_end = 0);
 
-// The set functions refuse more than vectors. Repeats of a stay in setdiff and setintersect; an
-// empty result of these is the empty object. setunion is `unique` over a and then b, in the
-// orientation of a.
+// The set functions refuse more than vectors; their results have no names. Repeats of a stay in
+// setdiff and setintersect, which keep the orientation of a; an empty result of these is the empty
+// object. setunion is `unique` over a and then b, in the orientation of a (of b when a is 0 by 0).
 template <class A, detail::if_plain<A> = 0> VARNOW_API A setunion(A const& a, A const& b);
 template <class A, detail::if_plain<A> = 0> VARNOW_API A setdiff(A const& a, A const& b);
 template <class A, detail::if_plain<A> = 0> VARNOW_API A setintersect(A const& a, A const& b);
-/// 1 when a and b hold the same set, whatever their orientation.
+/// 1 when a and b hold the same set, whatever their orientation; 0 when either holds a NaN.
 template <class A, detail::if_plain<A> = 0> VARNOW_API int setequal(A const& a, A const& b);
 /// Per element of a, 1 when it stands in b.
 template <class A, detail::if_plain<A> = 0> VARNOW_API Vector iselement(A const& a, A const& b);
-/// 1 when v stands in x.
+/// 1 when v stands in x. Refuses more than a vector.
 template <class T> VARNOW_API int iselement(typename data<T>::cell_type const& v, data<T> const& x);
 /// Per element of a, its first (last, with from_end not 0) position in b, or nomatch.
 template <class A, detail::if_plain<A> = 0>
