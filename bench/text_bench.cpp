@@ -157,7 +157,7 @@ BENCHMARK_CAPTURE(read, parse_plain,
                   [](std::string const& s) {
                       double x;
                       char const* const end = s.data() + s.size();
-                      return varnow::detail::parse_plain(s.data(), end, end, false, x) ? x : 0;
+                      return varnow::detail::parse_plain(s.data(), end, false, x) ? x : 0;
                   })
     ->Arg(6)
     ->Arg(14)
@@ -167,7 +167,7 @@ BENCHMARK_CAPTURE(read, parse_plain_in_a_buffer,
                   [](std::string const& s) {
                       double x;
                       char const* const end = s.data() + s.size();
-                      return varnow::detail::parse_plain(s.data(), end, end + 7, false, x) ? x : 0;
+                      return varnow::detail::parse_plain(s.data(), end, false, x, end + 7) ? x : 0;
                   })
     ->Arg(6)
     ->Arg(14)

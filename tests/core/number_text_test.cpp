@@ -61,7 +61,7 @@ void expect_read_as_by_the_c_library(std::string const& s)
     std::string const longer = s + "98765432";
     double in_buffer;
     char const* const begin = longer.data();
-    if (detail::parse_plain(begin, begin + s.size(), begin + longer.size(), false, in_buffer)) {
+    if (detail::parse_plain(begin, begin + s.size(), false, in_buffer, begin + longer.size())) {
         EXPECT_EQ(bits(in_buffer), bits(expected)) << s;
     }
 }

@@ -147,7 +147,7 @@ bool parse_long(char const* begin, char const* end, char const* point, double& x
 
 } // namespace
 
-bool parse_plain(char const* begin, char const* end, char const* readable, bool comma, double& x)
+bool parse_plain(char const* begin, char const* end, bool comma, double& x, char const* readable)
 {
     char const* p = begin;
     while (p < end && (*p == ' ' || (*p >= '\t' && *p <= '\r'))) ++p;
@@ -205,7 +205,7 @@ bool parse_plain(char const* begin, char const* end, char const* readable, bool 
 double parse_double(char const* begin, char const* end, bool comma)
 {
     double x;
-    if (point_locale() && parse_plain(begin, end, end, comma, x)) return x;
+    if (point_locale() && parse_plain(begin, end, comma, x)) return x;
     std::string copy(begin, end);
     if (comma) std::replace(copy.begin(), copy.end(), ',', '.');
     return std::strtod(copy.c_str(), nullptr);

@@ -11,8 +11,12 @@ namespace detail {
 /// hexadecimal numbers, infinities, NaN, and values out of range.
 /// Memory up to `readable`, at or behind `end`, is looked at, which is faster when it is 8 bytes
 /// on.
-VARNOW_API bool parse_plain(char const* begin, char const* end, char const* readable, bool comma,
-                            double& x);
+VARNOW_API bool parse_plain(char const* begin, char const* end, bool comma, double& x,
+                            char const* readable);
+inline bool parse_plain(char const* begin, char const* end, bool comma, double& x)
+{
+    return parse_plain(begin, end, comma, x, end);
+}
 
 /// What atof gives for the text, in the current locale. With `comma` every "," is first made a ".".
 VARNOW_API double parse_double(char const* begin, char const* end, bool comma = false);

@@ -274,7 +274,7 @@ double ttod(Text const& x)
     if (point != "." && point != ",") return missing;
     // Both signs become the locale's, so a plain number reads the same in either locale.
     double number;
-    if (detail::parse_plain(x.str, x.str + x.len, detail::readable_end(x), true, number))
+    if (detail::parse_plain(x.str, x.str + x.len, true, number, detail::readable_end(x)))
         return number;
     return std::strtod((point == "." ? com2dot(x) : dot2com(x)).str, nullptr);
 }
