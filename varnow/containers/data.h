@@ -201,12 +201,17 @@ public:
     void triu();
     /// New sizes over the same cells, read and written column by column; all names are lost.
     void reshape(int r, int c);
+    /// Keep columns (rows) a to b, or none when b is a - 1. Refuse positions out of range.
     void leave_cols(int a, int b);
     void leave_rows(int a, int b);
+    /// Keeps the first n rows in place; their memory stays with the object. Refuses n above `rows`.
     void leave_rows_to(int n);
+    /// Exchange two columns (rows, by their pointers).
     void swap_cols(int a, int b);
     void swap_rows(int a, int b);
-    /// Positions from..to take the columns (rows) from - 1 + order[k], names included.
+    /// Positions from..to take the columns (rows) from - 1 + order[k], names included; an entry may
+    /// repeat. Rows move by their pointers.
+    /// - refuse: an order of another length; positions out of range
     void reorder_cols(Vector const& order, int from, int to);
     void reorder_rows(Vector const& order, int from, int to);
     void forall(T (*f)(T));

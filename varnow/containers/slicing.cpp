@@ -221,8 +221,7 @@ template <class T> void data<T>::setrow(int i, data const& b)
 
 template <class T> void data<T>::fill(T const& x)
 {
-    T const value = x; // x may be one of the cells
-    for (int i = 0; i < rows; ++i) std::fill_n(cell[i], cols, value);
+    for (int i = 0; i < rows; ++i) std::fill_n(cell[i], cols, x);
 }
 
 template <class T> void data<T>::fill(T const& x, int r, int c, int nr, int nc)
@@ -231,8 +230,7 @@ template <class T> void data<T>::fill(T const& x, int r, int c, int nr, int nc)
     if (r < 1 || c < 1 || nr < 0 || nc < 0) return refuse();
     if (nr == 0 || nc == 0) return;
     if (leaves(r, nr, rows) || leaves(c, nc, cols)) return refuse();
-    T const value = x;
-    for (int i = r - 1; i < r - 1 + nr; ++i) std::fill_n(cell[i] + (c - 1), nc, value);
+    for (int i = r - 1; i < r - 1 + nr; ++i) std::fill_n(cell[i] + (c - 1), nc, x);
 }
 
 template <class T> void data<T>::clear(int names)

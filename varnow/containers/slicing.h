@@ -24,10 +24,14 @@ template <class T>
 VARNOW_API void copy(data<T> const& src, int r, int c, int nr, int nc, data<T>& dst, int r2,
                      int c2);
 
-/// The vector repeated whole k times, its orientation kept; each element i repeated k[i] times.
+// Repetition of an object of one row or one column, in its orientation (1 by 1 is a row), without
+// names. All refuse other shapes, then a count below 1.
+
+/// The vector repeated whole k times; each element i repeated k[i] times, which may be 0. Refuses
+/// another number of counts.
 template <class T> VARNOW_API data<T> rep(data<T> const& a, int k);
 template <class T> VARNOW_API data<T> rep(data<T> const& a, Vector const& k);
-/// The vector repeated and cut to length n.
+/// The vector repeated and cut to length n. Refuses a vector of no elements.
 template <class T> VARNOW_API data<T> replen(data<T> const& a, int n);
 /// Each element repeated k times in place.
 template <class T> VARNOW_API data<T> repeach(data<T> const& a, int k);
