@@ -1,3 +1,4 @@
+#include <varnow/containers/matrix_arithmetic.h>
 #include <varnow/containers/slicing.h>
 
 #include "tests/support/containers.h"
@@ -184,4 +185,32 @@ TYPED_TEST(BindingDeathTest, InterleavingAndPairsRefuseOtherShapes)
     std::string const pairs = "_data_ outer(_data_,_data_,_T_ f(_T_,_T_))";
     EXPECT_REFUSAL_OF(T, outer(a, a, f), pairs, "pierwszy argument ma byc wektorem");
     EXPECT_REFUSAL_OF(T, outer(data<T>(), a, f), pairs, "drugi argument ma byc wektorem");
+}
+
+namespace {
+
+template <class M, class T> void every_form_gives()
+{
+    M const a = grid<T>(2, 2), row = a.row(1);
+    Vector const one = c(1);
+    T (*f)(T) = [](T x) { return x; };
+    T (*g)(T, double) = [](T x, double) { return x; };
+    T (*h)(T, T) = [](T x, T) { return x; };
+    auto check = [](auto const&... r) {
+        static_assert((std::is_same<std::decay_t<decltype(r)>, M>::value && ...));
+    };
+    check(col(a, one), varnow::row(a, one), get(a, one, one), filter(a, c(1, 1)), a.col(1),
+          a.row(one), a[1], a["c1"], a | a, a & a, a + a, ~a, up(a), down(a), tril(a), triu(a),
+          rot90(a), flipud(a), fliplr(a), rep(row, 2), rep(row, c(1, 2)), replen(row, 3),
+          repeach(row, 2), shufflecol(a, a), shufflerow(a, a), outer(row, row, h), forall(a, f),
+          forall(a, g, 1.0), forcol(a, 1, f), forcol(a, 1, g, 1.0), forrow(a, 1, f),
+          forrow(a, 1, g, 1.0));
+}
+
+} // namespace
+
+TEST(Binding, AMatrixGivesAMatrixAndATableATable)
+{
+    every_form_gives<matrix, double>();
+    every_form_gives<table, Text>();
 }
