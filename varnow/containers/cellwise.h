@@ -35,6 +35,8 @@ void set_cells(data<R>& to, F const& f, data<T> const&... from)
     in_pieces(to.rows, [&](std::ptrdiff_t i, std::ptrdiff_t k) {
         if (in_line(to.cell + i, cols, k) && (in_line(from.cell + i, cols, k) && ...))
             set_row(k * cols, f, to.cell[i], from.cell[i]...);
+        else if (cols == 1)
+            for (std::ptrdiff_t row = i; row < i + k; ++row) *to.cell[row] = f(*from.cell[row]...);
         else
             for (std::ptrdiff_t row = i; row < i + k; ++row)
                 set_row(cols, f, to.cell[row], from.cell[row]...);

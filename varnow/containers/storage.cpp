@@ -1,5 +1,7 @@
 #include <varnow/containers/storage.h>
 
+#include <varnow/core/platform.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -107,6 +109,7 @@ block* new_block(std::size_t kind, std::size_t rows, std::size_t cols, std::size
     // finds it.
     block* const b = static_cast<block*>(std::malloc(bytes + 1));
     if (!b) throw std::bad_alloc();
+    platform::advise_large_pages(b, bytes);
     *b = block{bytes, rows, cols, kind};
     fresh = true;
     return b;

@@ -4,6 +4,7 @@
 
 #include <varnow/core/export.h>
 
+#include <cstddef>
 #include <string>
 
 namespace varnow {
@@ -32,6 +33,9 @@ VARNOW_API int replace_file(char const* from, char const* to);
 /// removes; the empty string when none can be made.
 VARNOW_API std::string temporary_name();
 VARNOW_API long process_id();
+
+/// Asks that fresh memory be backed by large pages where the system has them.
+VARNOW_API void advise_large_pages(void* memory, std::size_t bytes);
 
 /// The decimal sign of the current C locale, as localeconv gives it.
 VARNOW_API char const* decimal_point();

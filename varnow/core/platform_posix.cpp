@@ -3,6 +3,7 @@
 #include <varnow/core/platform.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -10,6 +11,7 @@
 
 #include <langinfo.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -155,6 +157,20 @@ std::string temporary_name()
 long process_id()
 {
     return static_cast<long>(getpid());
+}
+
+void advise_large_pages(void* memory, std::size_t bytes)
+{
+#if defined(MADV_HUGEPAGE)
+    std::uintptr_t const page = std::uintptr_t(1) << 21;
+    std::uintptr_t const begin =
+        (reinterpret_cast<std::uintptr_t>(memory) + page - 1) & ~(page - 1);
+    std::uintptr_t const end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) & ~(page - 1);
+    if (begin < end) madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#else
+    (void)memory;
+    (void)bytes;
+#endif
 }
 
 char const* decimal_point()

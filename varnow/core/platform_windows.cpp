@@ -92,6 +92,8 @@ long process_id()
     return static_cast<long>(GetCurrentProcessId());
 }
 
+void advise_large_pages(void*, std::size_t) {}
+
 char const* decimal_point()
 {
     return std::localeconv()->decimal_point;
