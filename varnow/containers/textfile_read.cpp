@@ -273,7 +273,7 @@ private:
         cells next = length_ == 0 ? cells_here() : cells{};
         for (; p < end; p += 64) {
             std::uint64_t ends = places(p, f_.sep, '\n') & inside(p, end);
-            // A number tells by itself when something else stands in its field.
+            // Numbers have their own look at what stands between.
             std::uint64_t others = numbers ? 0 : places(p, f_.quote, '\r', '\0');
             for (; ends; ends &= ends - 1) {
                 char const* const field_end = p + __builtin_ctzll(ends);
@@ -342,35 +342,35 @@ private:
         return col_ >= 0 && col_ < a_.cols ? &a_.cnames[col_] : nullptr;
     }
 
-    // A cell from a field of the usual form; false for any other.
+    // A cell from a field all of whose characters count; false for what only the buffer can take.
     bool set_plain(T& x, char const* p, char const* end) const
     {
+        std::size_t const n = static_cast<std::size_t>(end - p);
         if constexpr (numbers) {
-            return point_ && short_decimal(p, comma_, x) == end;
+            if (!point_) return false;
+            if (short_decimal(p, comma_, x) == end) return true;
+            if (n > 0) {
+                return n < 64 && !(places(p, f_.quote, '\r') & inside(p, end)) &&
+                       detail::parse_plain(p, end, end + 8, f_.sep != ',', x);
+            }
+            x = __NAN<T>();
         } else {
-            std::size_t const n = static_cast<std::size_t>(end - p);
-            if (n <= longest_field) set_text(x, p, n);
-            return n <= longest_field;
+            if (n > longest_field) return false;
+            set_text(x, p, n);
         }
+        return true;
     }
 
-    // A cell straight from the file; false when the field must go through the buffer.
+    // The same for a field that may be quoted and end in a CR.
     bool set_cell(T& x, char const* p, char const* end) const
     {
         if (p < end && *p == f_.quote) ++p;
         if (p < end && end[-1] == '\r') --end;
         if (p < end && end[-1] == f_.quote) --end;
-        for (char const* q = p; q < end; ++q)
-            if (*q == f_.quote || *q == '\r' || *q == 0) return false;
-        if (p == end) {
-            x = __NAN<T>();
-            return true;
-        }
-        if (set_plain(x, p, end)) return true;
-        if constexpr (numbers)
-            return point_ && end - p <= std::ptrdiff_t(longest_field) &&
-                   detail::parse_plain(p, end, f_.sep != ',', x);
-        return false;
+        if (!numbers)
+            for (char const* q = p; q < end; ++q)
+                if (*q == f_.quote || *q == '\r' || *q == 0) return false;
+        return set_plain(x, p, end);
     }
 
     // A cell from the buffer.
