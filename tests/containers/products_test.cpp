@@ -93,14 +93,35 @@ TEST(Products, HaveTheBitsOfThePlainLoops)
             matrix const a = scattered(s.m, s.depth, 1, specials);
             matrix const b = scattered(s.depth, s.n, 2, specials);
             matrix const bt = scattered(s.n, s.depth, 3, specials);
-            EXPECT_TRUE(same_bits(mul(a, b), plain(a, false, b, false)));
-            EXPECT_TRUE(same_bits(mulT(a, bt), plain(a, false, bt, true)));
-            EXPECT_TRUE(same_bits(sqrT(a), plain(a, false, a, true)));
-            if (s.depth > 300) continue;
-            matrix const square = plain(a, true, a, false);
-            EXPECT_TRUE(same_bits(sqrT2(a), square));
-            EXPECT_TRUE(same_bits(crossprod(a), square));
+            matrix const ab = plain(a, false, b, false), abt = plain(a, false, bt, true);
+            matrix const aat = s.m > 300 ? matrix() : plain(a, false, a, true);
+            matrix const ata = s.depth > 300 ? matrix() : plain(a, true, a, false);
+            test::on_every_machine([&] {
+                EXPECT_TRUE(same_bits(mul(a, b), ab));
+                EXPECT_TRUE(same_bits(mulT(a, bt), abt));
+                if (aat.rows == s.m) {
+                    EXPECT_TRUE(same_bits(sqrT(a), aat));
+                }
+                if (ata.rows == s.depth) {
+                    EXPECT_TRUE(same_bits(sqrT2(a), ata));
+                    EXPECT_TRUE(same_bits(crossprod(a), ata));
+                }
+            });
         }
+}
+
+TEST(ProductKernel, TakesDeviationsFromAShift)
+{
+    matrix const a = scattered(131, 27, 5), shift = scattered(1, 27, 6);
+    matrix deviations = a;
+    for (int i = 0; i < a.rows; ++i)
+        for (int j = 0; j < a.cols; ++j) deviations.cell[i][j] -= shift.cell[0][j];
+    matrix const expected = plain(deviations, true, deviations, false);
+    test::on_every_machine([&] {
+        matrix r(27, 27);
+        detail::crossproduct(a.cell, a.rows, a.cols, shift.cell[0], r.cell);
+        EXPECT_TRUE(same_bits(r, expected));
+    });
 }
 
 TEST(Products, OfASumThatStartsAtZeroAreNeverNegativeZero)

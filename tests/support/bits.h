@@ -2,6 +2,7 @@
 #pragma once
 
 #include <varnow/containers/matrix.h>
+#include <varnow/containers/product_kernel.h>
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,16 @@
 #include <random>
 
 namespace varnow::test {
+
+/// Runs the kernel of every kind of machine up to this one.
+template <class F> void on_every_machine(F check)
+{
+    for (int cells : {2, 4, 8}) {
+        SCOPED_TRACE(testing::Message() << "vectors of " << cells << " cells");
+        detail::limit_vectors(cells);
+        check();
+    }
+}
 
 /// Equal to the last bit, the sign of zero included; a NaN equals any NaN.
 inline bool same_bits(double a, double b)

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace varnow {
 
@@ -129,9 +128,9 @@ double comut(matrix const& A, matrix const& v)
     if (v.rows != A.rows) return refuse("wektor ma inna dlugosc niz wymiary macierzy");
     int const n = count(v);
     // All inner sums side by side, along the rows of A.
-    std::vector<double> inner(static_cast<std::size_t>(n), 0.0);
-    for (int k = 0; k < n; ++k)
-        for (int i = 0; i < n; ++i) inner[i] += v.cell[k][0] * A.cell[k][i];
+    detail::work_space const inner(n);
+    std::fill(inner + 0, inner + n, 0.0);
+    for (int k = 0; k < n; ++k) detail::add_multiple(n, v.cell[k][0], A.cell[k], inner);
     double s = 0;
     for (int i = 0; i < n; ++i) s += v.cell[i][0] * inner[i];
     return s;

@@ -1,7 +1,12 @@
 // Internal: sums of products, the one kernel behind the products of matrices, covariances and the
 // solvers. Every cell's sum runs with k ascending and without fused operations, so that its bits
-// are those of the plain loop on every machine.
+// are those of the plain loop on every machine; vectors hold different cells.
 #pragma once
+
+#include <varnow/core/export.h>
+
+#include <cstddef>
+#include <memory>
 
 namespace varnow::detail {
 
@@ -15,18 +20,46 @@ struct factor
 
 /// How a sum begins and goes on: from 0, from the cell, or from the cell by one subtraction a term.
 enum class sum { set, add, subtract };
-/// Which cells are wanted; of those below the diagonal `upper` leaves some untouched.
+/// Which cells are wanted; those below the diagonal are undefined with `upper`.
 enum class part { all, upper };
 
-/// c[i][first + j] takes the sum of A(i, k) * B(k, j) over k < depth, for i < m and j < n.
+/// c[i][first + j] takes the sum of A(i, k) * B(k, j) over k < depth, for i < m and j < n. The
+/// cells may lie in the rows of A and B, but not be theirs.
 void product(sum how, int m, int n, int depth, factor a, factor b, double* const* c, int first = 0,
              part wanted = part::all);
 
 /// c[i][j] = sum over the n rows of (row[i] - shift[i]) * (row[j] - shift[j]) for all i, j < k; a
 /// null shift is none.
-void crossproduct(double const* const* rows, int n, int k, double const* shift, double* const* c);
+VARNOW_API void crossproduct(double const* const* rows, int n, int k, double const* shift,
+                             double* const* c);
 
 /// Copies the n by n cells above the diagonal to those below.
 void mirror(double* const* c, int n);
+
+/// to[j] += x * from[j]
+void add_multiple(int n, double x, double const* from, double* to);
+
+/// q[l] -= x * d[l], then next_d[l] += y * q[l], for l < n.
+void project_row(int n, double x, double const* d, double y, double* q, double* next_d);
+
+/// Cells that stand side by side in a panel of right sides.
+int panel_width();
+/// s[c] += row[k] * panel[k * panel_width() + c] for k < depth.
+void add_panel(int depth, double const* row, double const* panel, double* s);
+
+/// Does as a machine whose vectors hold at most so many cells would, 8 being the most there are.
+/// Results stay the same; tests run every kernel so.
+VARNOW_API void limit_vectors(int cells);
+
+/// An array of n doubles without a value.
+class work_space
+{
+public:
+    explicit work_space(std::ptrdiff_t n) : cells(new double[static_cast<std::size_t>(n)]) {}
+    operator double*() const { return cells.get(); }
+
+private:
+    std::unique_ptr<double[]> cells;
+};
 
 } // namespace varnow::detail
