@@ -351,7 +351,7 @@ private:
             if (short_decimal(p, comma_, x) == end) return true;
             if (n > 0) {
                 return n < 64 && !(places(p, f_.quote, '\r') & inside(p, end)) &&
-                       detail::parse_plain(p, end, end + 8, f_.sep != ',', x);
+                       detail::parse_plain(p, end, f_.sep != ',', x, end + 8);
             }
             x = __NAN<T>();
         } else {
