@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <memory>
 
 using namespace varnow;
@@ -15,20 +16,29 @@ matrix uniform(int rows, int cols)
     return rand(rows, cols) + 0.5;
 }
 
-void bare_sum(benchmark::State& state)
+template <class F> void bare(benchmark::State& state, F f)
 {
     std::ptrdiff_t const n = 1000000;
     std::unique_ptr<double[]> a(new double[n]), b(new double[n]);
-    for (std::ptrdiff_t k = 0; k < n; ++k) a[k] = b[k] = static_cast<double>(k);
+    for (std::ptrdiff_t k = 0; k < n; ++k) a[k] = b[k] = 0.5 + static_cast<double>(k) / n;
     for (auto _ : state) {
         double* const r = new double[n];
-        for (std::ptrdiff_t k = 0; k < n; ++k) r[k] = a[k] + b[k];
+        for (std::ptrdiff_t k = 0; k < n; ++k) r[k] = f(a[k], b[k]);
         benchmark::DoNotOptimize(r);
         benchmark::ClobberMemory();
         delete[] r;
     }
 }
+void bare_sum(benchmark::State& state)
+{
+    bare(state, [](double x, double y) { return x + y; });
+}
 BENCHMARK(bare_sum)->Unit(benchmark::kMillisecond);
+void bare_exponential(benchmark::State& state)
+{
+    bare(state, [](double x, double) { return std::exp(x); });
+}
+BENCHMARK(bare_exponential)->Unit(benchmark::kMillisecond);
 
 template <class F> void run(benchmark::State& state, F f)
 {

@@ -55,7 +55,8 @@ VARNOW_API bool any(matrix const& a);
 VARNOW_API bool all(matrix const& a);
 VARNOW_API bool isempty(matrix const& a);
 VARNOW_API bool issqr(matrix const& a);
-/// Exact symmetry of the part that a square of `rows` has; the shape is not tested.
+/// Exact symmetry of the largest square at the upper left; the shape is not tested. A NaN off the
+/// diagonal is a difference.
 VARNOW_API bool issym(matrix const& a);
 
 // The C library's function of each name on every cell of a copy; names kept.
@@ -84,9 +85,11 @@ VARNOW_API matrix forall(matrix const& a, double (*f)(double, double), double x)
 /// Scaled to unit sum, as the member `norm`.
 VARNOW_API matrix norm(matrix const& a);
 
-/// The cells of one row or column truncated toward zero; the empty matrix gives the empty Vector.
+/// The cells of one row or column truncated toward zero, NaN and what is out of range as the
+/// integer minimum; the empty matrix gives the empty Vector. Refuses more than one row and column.
 VARNOW_API Vector as_Vector(matrix const& a);
-/// The 1-based positions of the cells of a vector that differ from 0.
+/// The 1-based positions of the cells of a vector that differ from 0 (NaN does). Refuses more than
+/// one row and column.
 VARNOW_API Vector find(matrix const& a);
 /// All cells in one column, column after column, without names.
 VARNOW_API matrix vect(matrix const& a);

@@ -37,11 +37,13 @@ VARNOW_API matrix rand(int n);
 VARNOW_API matrix randn(int r, int c);
 VARNOW_API matrix randn(int n);
 
-/// One row of n cells from a by repeated addition of (b - a) / (n - 1).
+/// One row of n cells from a by repeated addition of (b - a) / (n - 1); for n of 1 just a, below 1
+/// no cells.
 VARNOW_API matrix linspace(double a, double b, int n);
-/// One row from a toward b by 1 or -1.
+/// One row from a toward b by 1 or -1. Refuses NaN, and more cells than an int counts.
 VARNOW_API matrix seq(double a, double b);
-/// One row from a toward b by repeated addition of step. Refuses a step of the wrong sign or 0.
+/// One row from a toward b by repeated addition of step. Refuses a step of the wrong
+/// sign or 0, NaN, and more cells than an int counts.
 VARNOW_API matrix seq(double a, double b, double step);
 template <class A, class B, class C, detail::if_number<A> = 0, detail::if_number<B> = 0,
           detail::if_number<C> = 0>
