@@ -88,16 +88,19 @@ TEST(MatrixArithmetic, WorksCellByCellWithTheNamesOfTheFirstMatrix)
     EXPECT_EQ(show(plain + plain), shown("12 -2", "1 16"));
 }
 
-// Shapes on both sides of the size of a piece, rows in order and mixed, zeros of both signs,
-// infinities and NaN.
+// Shapes on both sides of the size of a piece, and large enough for released storage to serve
+// again; rows in order and mixed; zeros of both signs, infinities and NaN.
 TEST(MatrixArithmetic, GivesTheBitsOfAPlainLoopInWhateverOrderTheRowsStand)
 {
-    int const shapes[][2] = {{0, 0},   {0, 4},   {3, 0},   {1, 1},  {1, 7},
-                             {255, 1}, {520, 1}, {300, 3}, {3, 700}};
+    int const shapes[][2] = {{0, 0},   {0, 4},   {3, 0},   {1, 1},   {1, 7},
+                             {255, 1}, {520, 1}, {300, 3}, {3, 700}, {9000, 1}};
     for (auto const& shape : shapes) {
         matrix const mixed = scattered(shape[0], shape[1], 1, 0.2);
         matrix const other = scattered(shape[0], shape[1], 2, 0.2);
         matrix const straight = other;
+        matrix target = scattered(shape[0], shape[1], 3);
+        target = straight; // into rows that stand in another order
+        EXPECT_TRUE(same_bits(target, other));
         for (Operator const& o : operators) {
             SCOPED_TRACE(o.sign + std::to_string(shape[0]) + "x" + std::to_string(shape[1]));
             matrix expected(shape[0], shape[1]);
