@@ -90,7 +90,8 @@ TEST(Date, MovesByDaysAndComparesInOrdinaryExpressions)
     EXPECT_EQ(x - "2024-02-01", 27);
     EXPECT_TRUE(x == "2024-02-28" && x != x + 1 && x < x + 1 && x <= x && x > x - 1 && x >= x);
     EXPECT_TRUE("2024-02-27" < x && Text("2024.02.28") == x);
-    EXPECT_EQ((date() - 5).number, -5); // unchecked
+    EXPECT_TRUE(x == 2024.02 && 2024.1 > x && x < 2025 && x != 0); // as the number of its month
+    EXPECT_EQ((date() - 5).number, -5);                            // unchecked
     EXPECT_EQ((date() + LONG_MIN) - LONG_MIN, date());
 }
 

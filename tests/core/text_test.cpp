@@ -58,6 +58,21 @@ TEST(Text, IsMadeFromCharactersStringsAndNumbers)
     EXPECT_EQ(Text(-INFINITY), "-inf");
 }
 
+TEST(Text, TakesCharactersAndNumbersByAssignment)
+{
+    Text x("old");
+    x = 0; // no null pointer
+    EXPECT_EQ(x, "0");
+    x = 'c';
+    EXPECT_EQ(x, "c");
+    x = 0.5f;
+    EXPECT_EQ(x, "0.500000000000");
+    x = -7L;
+    EXPECT_EQ(x, "-7");
+    x = NAN;
+    EXPECT_EQ(x, "");
+}
+
 TEST(Text, OwnsABufferOfItsOwn)
 {
     Text a("abc"), b(a), c;
@@ -86,6 +101,10 @@ TEST(Text, OwnsABufferOfItsOwn)
     emptied.str = nullptr;
     detail::free_text(first, 3);
     detail::free_text(second, 4);
+    emptied.len = 0;
+    Text const empty;
+    emptied = empty;
+    EXPECT_STREQ(emptied.str, "");
 }
 
 TEST(Text, EmptyTextsTakeNoMemory)

@@ -81,6 +81,8 @@ TEST(Gplot, PlotsFilesExpressionsAndThePreviousFile)
             g.plot("x.dat", "1:2", "one", "lines", "y.txt", "", "two", "", "x*x", "", "", "dots");
         }),
         "plot 'x.dat' using 1:2 title 'one' with lines, 'y.txt' title 'two', x*x with dots\n");
+    EXPECT_EQ(script_of([](gplot& g) { g.plot("x", "", "", "", "y.dat", "2", "", ""); }),
+              "plot x, 'y.dat' using 2\n");
     // An empty source ends the list, whatever stands behind it; the first one is always written.
     EXPECT_EQ(
         script_of([](gplot& g) { g.plot("", "", "", "", "", "", "", "", "a.dat", "", "", ""); }),

@@ -2,6 +2,7 @@
 #include <varnow/containers/slicing.h>
 #include <varnow/reports/html.h>
 
+#include "tests/support/folder.h"
 #include "tests/support/refusal.h"
 
 #include <limits>
@@ -199,6 +200,12 @@ TEST(HtmlDeathTest, RefusesAPlaceThatCannotBeWritten)
     EXPECT_REFUSAL_DETAIL(r.save("no-such-directory/", "a.html"), "HTML", "void save(Text,Text)",
                           "nieudane otwarcie pliku do zapisu",
                           "katalog: no-such-directory/, plik: a.html");
+    folder out;
+    out.make_folder("varnow.css");
+    Text const dir = out.path("");
+    EXPECT_REFUSAL_DETAIL(r.save(dir, "a.html"), "HTML", "html(Text,Text,Text)",
+                          "nieudany zapis stylow css",
+                          std::string("katalog: ") + dir.str + ", plik: a.html");
 }
 
 TEST(Html, SavesOneTabBareAndSeveralWithButtonsAndNavigation)

@@ -95,14 +95,18 @@ VARNOW_API std::ostream& operator<<(std::ostream& o, date const& x);
 /// A word as date(Text) reads it; where no word is left, x stays.
 VARNOW_API std::istream& operator>>(std::istream& i, date& x);
 
-// A text is compared as the date that it holds.
+// A text is compared as the date that it holds, a number with the date as a number (2024.07).
 // clang-format off
 #define VARNOW_COMPARE(op)                                                                             \
     inline int operator op(date const& a, date const& b) { return a.number op b.number; }              \
     inline int operator op(date const& a, Text const& b) { return a op date(b); }                      \
     inline int operator op(Text const& a, date const& b) { return date(a) op b; }                      \
     inline int operator op(date const& a, char const* b) { return a op date(b); }                      \
-    inline int operator op(char const* a, date const& b) { return date(a) op b; }
+    inline int operator op(char const* a, date const& b) { return date(a) op b; }                      \
+    template <class S, detail::if_number<S> = 0> int operator op(date const& a, S b)                   \
+    { return static_cast<double>(a) op static_cast<double>(b); }                                       \
+    template <class S, detail::if_number<S> = 0> int operator op(S a, date const& b)                   \
+    { return static_cast<double>(a) op static_cast<double>(b); }
 VARNOW_COMPARE(==) VARNOW_COMPARE(!=) VARNOW_COMPARE(<) VARNOW_COMPARE(<=) VARNOW_COMPARE(>) VARNOW_COMPARE(>=)
 #undef VARNOW_COMPARE
 // clang-format on

@@ -67,7 +67,7 @@ public:
 
     Text& operator=(Text const& b)
     {
-        if (len == 0 && b.len == 0) return *this;
+        if (len == 0 && b.len == 0 && str) return *this;
         return replace_by(b);
     }
     Text& operator=(Text&& b) noexcept
@@ -77,6 +77,8 @@ public:
         return *this;
     }
     Text& operator=(char const* s);
+    /// As the constructor writes it; without this form a plain 0 would be taken for a null pointer.
+    template <class S, detail::if_number<S> = 0> Text& operator=(S x) { return *this = Text(x); }
     Text& operator+=(Text const& b);
 
     /// The number that the text holds, as `ttod` reads it.

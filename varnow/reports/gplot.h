@@ -8,8 +8,16 @@
 namespace varnow {
 
 namespace detail {
-/// The type of the second and later series: that of the first, not deduced anew.
-template <class D, class = typename D::cell_type> using container_t = D;
+/// The type of the second and later series: that of the first, which must be a container, not
+/// deduced anew.
+template <class D, class = void> struct container
+{
+};
+template <class D> struct container<D, std::void_t<typename D::cell_type>>
+{
+    using type = D;
+};
+template <class D> using container_t = typename container<D>::type;
 } // namespace detail
 
 /// A gnuplot script under way: every member appends to it at once, in the order of the calls. It
@@ -89,13 +97,13 @@ public:
     // the list). Each is written beside the script, tab-separated and without names, as name_title.dat or,
     // without a title, as name_counter-k.dat; a title used twice in a script is one file. The writer waits for
     // a place that cannot be written, so a title must not name one.
-    template <class D, class E = detail::container_t<D>> void plot(VARNOW_SERIES(D, E)) { plot_dim(2, VARNOW_PASS); }
-    template <class D, class E = detail::container_t<D>> void splot(VARNOW_SERIES(D, E)) { plot_dim(3, VARNOW_PASS); }
-    template <class D, class E = detail::container_t<D>> void plot_dim(int dim, VARNOW_SERIES(D, E))
+    template <class D> void plot(VARNOW_SERIES(D, detail::container_t<D>)) { plot_dim(2, VARNOW_PASS); }
+    template <class D> void splot(VARNOW_SERIES(D, detail::container_t<D>)) { plot_dim(3, VARNOW_PASS); }
+    template <class D> void plot_dim(int dim, VARNOW_SERIES(D, detail::container_t<D>))
     {
         if (!fp) return;
         ++counter;
-        E const* const source[] = {&s1, &s2, &s3, &s4, &s5};
+        D const* const source[] = {&s1, &s2, &s3, &s4, &s5};
         Text const* const named[] = {&t1, &t2, &t3, &t4, &t5};
         Text file[5];
         for (int k = 0; k < 5 && (k == 0 || (source[k]->rows > 0 && source[k]->cols > 0)); ++k) {
