@@ -24,7 +24,7 @@ class text_sink
 {
 public:
     explicit text_sink(char const* name)
-        : file_(std::fopen(name, "wt")), buffer_(std::size_t(1) << 18)
+        : file_(std::fopen(name, "wt")), buffer_(std::size_t(1) << 16)
     {
     }
     bool is_open() const { return file_ != nullptr; }

@@ -67,7 +67,7 @@ public:
     void close() { file_.reset(); }
 
 private:
-    static constexpr std::size_t block_size = std::size_t(1) << 18, slack = 64;
+    static constexpr std::size_t block_size = std::size_t(1) << 16, slack = 64;
 
     std::size_t fill(std::size_t at)
     {
