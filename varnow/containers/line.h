@@ -27,6 +27,8 @@ public:
     }
 
     C& operator[](int i) const { return first_ ? first_[i] : row_[i][at_]; }
+    /// The cells as an array, or null where they do not lie end to end.
+    C* array() const { return first_; }
 
     int const n;
 

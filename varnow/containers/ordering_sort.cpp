@@ -13,46 +13,43 @@ namespace {
 
 using detail::line;
 
-std::vector<int> sorted(line<double const> const& x, Direction d)
+template <class Key> Vector sorted(Key const* key, int n, Direction d)
 {
-    std::vector<double> key(static_cast<std::size_t>(x.n));
-    for (int i = 0; i < x.n; ++i) key[static_cast<std::size_t>(i)] = x[i];
-    std::vector<int> place(key.size());
-    detail::sorted_positions(key.data(), x.n, d, place.data());
-    return place;
+    Vector order(n);
+    detail::sorted_positions(key, n, d, order.v);
+    for (int k = 0; k < n; ++k) ++order.v[k];
+    return order;
 }
 
-std::vector<int> sorted(line<Text const> const& x, Direction d)
+Vector sorted(line<double const> const& x, Direction d)
+{
+    if (x.array()) return sorted(x.array(), x.n, d);
+    std::vector<double> key(static_cast<std::size_t>(x.n));
+    for (int i = 0; i < x.n; ++i) key[static_cast<std::size_t>(i)] = x[i];
+    return sorted(key.data(), x.n, d);
+}
+
+Vector sorted(line<Text const> const& x, Direction d)
 {
     std::vector<Text const*> key(static_cast<std::size_t>(x.n));
     for (int i = 0; i < x.n; ++i) key[static_cast<std::size_t>(i)] = &x[i];
-    std::vector<int> place(key.size());
-    detail::sorted_positions(key.data(), x.n, d, place.data());
-    return place;
+    return sorted(key.data(), x.n, d);
 }
 
-// Puts at each k what stood at place[k].
-template <class C> void rearrange(line<C> const& x, std::vector<int> const& place)
+// Puts at each place what stood at the place that `order` gives, counted from 1.
+template <class C> void rearrange(line<C> const& x, Vector const& order)
 {
     std::vector<C> kept;
-    kept.reserve(place.size());
-    for (int i : place) kept.push_back(std::move(x[i]));
+    kept.reserve(static_cast<std::size_t>(x.n));
+    for (int k = 0; k < x.n; ++k) kept.push_back(std::move(x[order.v[k] - 1]));
     for (int k = 0; k < x.n; ++k) x[k] = std::move(kept[static_cast<std::size_t>(k)]);
 }
 
-template <class T> void rearrange_names(data<T>& x, std::vector<int> const& place)
+template <class T> void rearrange_names(data<T>& x, Vector const& order)
 {
-    int const n = static_cast<int>(place.size());
-    line<Text> const names(x.rows == 1 ? x.cnames : x.rnames, n);
-    for (int i = 0; i < n; ++i)
-        if (names[i].len > 0) return rearrange(names, place);
-}
-
-Vector from_one(std::vector<int> const& place)
-{
-    Vector r(static_cast<int>(place.size()));
-    for (int k = 0; k < r.n; ++k) r.v[k] = place[static_cast<std::size_t>(k)] + 1;
-    return r;
+    line<Text> const names(x.rows == 1 ? x.cnames : x.rnames, order.n);
+    for (int i = 0; i < names.n; ++i)
+        if (names[i].len > 0) return rearrange(names, order);
 }
 
 template <class T> bool refused(data<T> const& x, Direction d)
@@ -71,10 +68,10 @@ template <class T> bool refused(data<T> const& x, Direction d)
 template <class T> Vector sort(data<T>& x, Direction d, int flag)
 {
     if (refused(x, d)) return Vector();
-    std::vector<int> const place = sorted(detail::cells(x), d);
-    rearrange(detail::cells(x), place);
-    if (flag) rearrange_names(x, place);
-    return from_one(place);
+    Vector order = sorted(detail::cells(x), d);
+    rearrange(detail::cells(x), order);
+    if (flag) rearrange_names(x, order);
+    return order;
 }
 
 template <class T> Vector order(data<T> const& x, Direction d)
@@ -84,7 +81,7 @@ template <class T> Vector order(data<T> const& x, Direction d)
         return Vector();
     }
     if (refused(x, d)) return Vector();
-    return from_one(sorted(detail::cells(x), d));
+    return sorted(detail::cells(x), d);
 }
 
 template <class T> void sort(data<T>& x, data<T>& y, Direction d, int flag)
@@ -94,10 +91,10 @@ template <class T> void sort(data<T>& x, data<T>& y, Direction d, int flag)
         return;
     }
     if (refused(x, d)) return;
-    std::vector<int> const place = sorted(detail::cells(x), d);
+    Vector const order = sorted(detail::cells(x), d);
     for (data<T>* each : {&x, &y}) {
-        rearrange(detail::cells(*each), place);
-        if (flag) rearrange_names(*each, place);
+        rearrange(detail::cells(*each), order);
+        if (flag) rearrange_names(*each, order);
         if (&x == &y) break;
     }
 }
@@ -112,9 +109,9 @@ template <class T> void data<T>::sort(int n, Direction d, int by_column)
     }
     if (refused(data(), d)) return;
     data const& self = *this;
-    Vector const order = from_one(sorted(by_column ? detail::column_of<T const>(self, n - 1)
-                                                   : detail::row_of<T const>(self, n - 1),
-                                         d));
+    Vector const order = sorted(by_column ? detail::column_of<T const>(self, n - 1)
+                                          : detail::row_of<T const>(self, n - 1),
+                                d);
     if (by_column)
         reorder_rows(order, 1, rows);
     else
@@ -158,9 +155,9 @@ void qsort_part(data<T>& x, Vector& p, int left, int right, bool by_column, Dire
 {
     if (left >= right || outside(x, p, by_column, left, right, routine)) return;
     line<T> const part = stretch(x, by_column, left, right);
-    std::vector<int> const place = sorted(part, d);
-    rearrange(part, place);
-    rearrange(line<int>(p.v + left, part.n), place);
+    Vector const order = sorted(part, d);
+    rearrange(part, order);
+    rearrange(line<int>(p.v + left, part.n), order);
 }
 
 template <class T>
@@ -213,7 +210,7 @@ INSTANCES(double)
 INSTANCES(Text)
 #undef INSTANCES
 
-    template class data<double>;
+template class data<double>;
 template class data<Text>;
 
 } // namespace varnow

@@ -243,33 +243,49 @@ private:
     // The words agree in the window: order them by the bits that it left out.
     void settle_window(int from, int to)
     {
-        if (to - from > 1 && hidden_bits_ > 0) {
-            word const hidden = (word(1) << hidden_bits_) - 1;
-            for (int k = from; k < to; ++k) {
-                int const i = position_of(a_[k]);
-                a_[k] = ((keys_.key(i) - least_) & hidden) << position_bits | word(unsigned(i));
-            }
-            if (!std::is_sorted(a_ + from, a_ + to))
-                sort_packed(a_ + from, scratch_, to - from, hidden_bits_);
-            each_run(from, to, [this](int f, int t) { settle_equal(f, t); });
-        } else {
-            settle_equal(from, to);
+        if (hidden_bits_ == 0 || one_key(from, to)) return settle_equal(from, to);
+        word const hidden = (word(1) << hidden_bits_) - 1;
+        for (int k = from; k < to; ++k) {
+            int const i = position_of(a_[k]);
+            a_[k] = ((keys_.key(i) - least_) & hidden) << position_bits | word(unsigned(i));
         }
+        sort_packed(a_ + from, scratch_, to - from, hidden_bits_);
+        each_run(from, to, [this](int f, int t) { settle_equal(f, t); });
+    }
+
+    bool one_key(int from, int to) const
+    {
+        if (to - from == 1) return true;
+        word const first = keys_.key(position_of(a_[from]));
+        for (int k = from + 1; k < to; ++k)
+            if (keys_.key(position_of(a_[k])) != first) return false;
+        return true;
     }
 
     // The words agree in the whole integer: write their positions, repeats marked.
     void settle_equal(int from, int to)
     {
-        for (int k = from; k < to; ++k) position_[k] = position_of(a_[k]);
-        if (to - from == 1) return;
         int* const p = position_;
-        auto equal = [this](int i, int j) { return Keys::exact || keys_.equal(i, j); };
-        bool const all =
-            std::all_of(p + from + 1, p + to, [&](int i) { return equal(p[from], i); });
-        if (!all) std::sort(p + from, p + to, [&](int i, int j) { return keys_.below(i, j); });
+        p[from] = position_of(a_[from]);
+        if (to - from == 1) return;
+        bool all = true;
+        for (int k = from + 1; k < to; ++k) {
+            int const i = position_of(a_[k]);
+            all = all && (Keys::exact || keys_.equal(p[from], i));
+            p[k] = i | repeat_mark;
+        }
+        repeats_ |= all;
+        if (!all) settle_unequal(from, to);
+    }
+
+    void settle_unequal(int from, int to)
+    {
+        int* const p = position_;
+        for (int k = from; k < to; ++k) p[k] &= ~repeat_mark;
+        std::sort(p + from, p + to, [&](int i, int j) { return keys_.below(i, j); });
         for (int k = from + 1, previous = p[from]; k < to; ++k) {
             int const i = p[k];
-            if (all || equal(previous, i)) {
+            if (keys_.equal(previous, i)) {
                 p[k] = i | repeat_mark;
                 repeats_ = true;
             }
