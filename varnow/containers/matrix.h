@@ -113,11 +113,13 @@ public:
     matrix summarise(double (*f)(matrix const&)) const;
     matrix summarise(double (*f)(matrix const&, double), double p) const;
 
-    // Engines of `lineqns` (solve.h); the object, sized n by 1, receives the solution.
+    // Engines of `lineqns` (solve.h); the object, sized n by 1, receives the solution. Refuse sizes
+    // that do not fit, and cells of P that number no row.
     void lineqns_Gauss(matrix A, matrix b);
     void lineqns_LU(matrix const& LU, matrix const& P, matrix const& b);
     void lineqns_QR(matrix const& Q, matrix const& R, matrix const& b);
-    /// Modified Gram-Schmidt over the columns of a square object, in place.
+    /// Modified Gram-Schmidt over the columns of a square object, in place; of another shape the
+    /// first min(rows, cols) rows take part.
     void orthonorm();
 
     /// A text dump inside an open stream: sizes, column names, then row name and cells of each row

@@ -40,7 +40,7 @@ template <class V> VARNOW_INLINE lanes<V>* at(double* p)
 constexpr int most_rows = 8;  // of a tile, on any machine
 constexpr int most_vec = 8;   // cells of a vector, on any machine
 constexpr int tile_vecs = 3;  // across a tile
-constexpr int panel_vecs = 4; // across a panel of right sides
+constexpr int panel_vecs = 4; // across a panel
 
 // c[r][v] += a[k * a_step + r] * b[k * b_step + v] over a tile held in registers.
 // clang-format off
@@ -93,14 +93,27 @@ VARNOW_INLINE void multiple(int n, double x, double const* __restrict from, doub
     for (int j = 0; j < n; ++j) to[j] += x * from[j];
 }
 
-VARNOW_INLINE void projection(int n, double x, double const* __restrict d, double y,
-                              double* __restrict q, double* __restrict next_d)
+// clang-format off
+template <class V>
+VARNOW_INLINE void projection(int n, double const* x, double const* d, double const* y,
+                              double* panel, double* next_d)
 {
-    for (int l = 0; l < n; ++l) {
-        q[l] -= x * d[l];
-        next_d[l] += y * q[l];
+    constexpr int width = sizeof(V) / sizeof(double);
+    V off[panel_vecs], sum[panel_vecs];
+    VARNOW_UNROLL for (int v = 0; v < panel_vecs; ++v) {
+        off[v] = at<V>(d + v * width)->v;
+        sum[v] = at<V>(next_d + v * width)->v;
     }
+    for (int i = 0; i < n; ++i, panel += panel_vecs * width)
+        VARNOW_UNROLL for (int v = 0; v < panel_vecs; ++v) {
+            V const left = at<V>(panel + v * width)->v - x[i] * off[v];
+            at<V>(panel + v * width)->v = left;
+            sum[v] += y[i] * left;
+        }
+    VARNOW_UNROLL for (int v = 0; v < panel_vecs; ++v)
+        at<V>(next_d + v * width)->v = sum[v];
 }
+// clang-format on
 
 // The loops above as compiled for one kind of machine; `vec` is the length of its vectors.
 struct machine
@@ -111,7 +124,7 @@ struct machine
                  ptrdiff_t);
     void (*panel)(int, double const*, double const*, double*);
     void (*multiple)(int, double, double const*, double*);
-    void (*projection)(int, double, double const*, double, double*, double*);
+    void (*projection)(int, double const*, double const*, double const*, double*, double*);
 
     int cols() const { return tile_vecs * vec; }
 };
@@ -125,9 +138,9 @@ struct machine
     { panel_tile<V>(depth, row, panel, s); }                                                           \
     TARGET void name##_multiple(int n, double x, double const* from, double* to)                       \
     { multiple(n, x, from, to); }                                                                      \
-    TARGET void name##_projection(int n, double x, double const* d, double y, double* q,               \
-                                  double* next_d)                                                      \
-    { projection(n, x, d, y, q, next_d); }                                                             \
+    TARGET void name##_projection(int n, double const* x, double const* d, double const* y,            \
+                                  double* panel, double* next_d)                                       \
+    { projection<V>(n, x, d, y, panel, next_d); }                                                      \
     constexpr machine name{sizeof(V) / sizeof(double), ROWS, name##_tile, name##_panel,                \
                            name##_multiple, name##_projection};
 // clang-format on
@@ -386,11 +399,6 @@ void add_multiple(int n, double x, double const* from, double* to)
     this_machine().multiple(n, x, from, to);
 }
 
-void project_row(int n, double x, double const* d, double y, double* q, double* next_d)
-{
-    this_machine().projection(n, x, d, y, q, next_d);
-}
-
 void limit_vectors(int cells)
 {
     chosen_machine() = best_machine(cells);
@@ -404,6 +412,12 @@ int panel_width()
 void add_panel(int depth, double const* row, double const* panel, double* s)
 {
     this_machine().panel(depth, row, panel, s);
+}
+
+void project_panel(int n, double const* x, double const* d, double const* y, double* panel,
+                   double* next_d)
+{
+    this_machine().projection(n, x, d, y, panel, next_d);
 }
 
 } // namespace varnow::detail

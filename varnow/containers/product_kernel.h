@@ -39,13 +39,14 @@ void mirror(double* const* c, int n);
 /// to[j] += x * from[j]
 void add_multiple(int n, double x, double const* from, double* to);
 
-/// q[l] -= x * d[l], then next_d[l] += y * q[l], for l < n.
-void project_row(int n, double x, double const* d, double y, double* q, double* next_d);
-
-/// Cells that stand side by side in a panel of right sides.
+/// Cells that stand side by side in a panel: right sides of a solver, or columns of a matrix.
 int panel_width();
 /// s[c] += row[k] * panel[k * panel_width() + c] for k < depth.
 void add_panel(int depth, double const* row, double const* panel, double* s);
+
+/// Row i of the panel loses x[i] * d, and then next_d gains y[i] times what is left, for i < n.
+void project_panel(int n, double const* x, double const* d, double const* y, double* panel,
+                   double* next_d);
 
 /// Does as a machine whose vectors hold at most so many cells would, 8 being the most there are.
 /// Results stay the same; tests run every kernel so.

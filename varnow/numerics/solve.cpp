@@ -317,31 +317,44 @@ void matrix::lineqns_QR(matrix const& Q, matrix const& R, matrix const& b)
     back_substitute(R, y, true, *this);
 }
 
-// Row by row, the projections on column j are taken off all later columns, and the dot products
-// with column j + 1, which is finished first, are gathered from what is left.
+// A panel of columns at a time loses its projections on the columns before it, which are finished
+// and lie end to end; one pass over the panel takes off a projection and adds up the next dot
+// products. In the panel a finished column stays behind as rubbish that nobody reads.
 void matrix::orthonorm()
 {
-    int const n = std::min(rows, cols);
-    if (n == 0) return;
-    work_space d(cols), next_d(cols);
-    auto const normalise = [&](int j) {
-        double s = 0;
-        for (int i = 0; i < n; ++i) s += cell[i][j] * cell[i][j];
-        double const length = std::sqrt(s);
-        for (int i = 0; i < n; ++i) cell[i][j] /= length;
-    };
-    normalise(0);
-    std::fill(d + 0, d + cols, 0.0);
-    for (int i = 0; i < n; ++i) detail::add_multiple(cols - 1, cell[i][0], cell[i] + 1, d + 1);
-    for (int j = 1; j < cols; ++j) {
-        for (int i = 0; i < n; ++i) cell[i][j] -= d[j] * cell[i][j - 1];
-        normalise(j);
-        std::fill(next_d + 0, next_d + cols, 0.0);
-        for (int i = 0; i < n; ++i)
-            detail::project_row(cols - j - 1, cell[i][j - 1], d + j + 1, cell[i][j],
-                                cell[i] + j + 1, next_d + j + 1);
-        std::swap(d, next_d);
+    int const n = std::min(rows, cols), width = detail::panel_width();
+    ptrdiff_t const tall = n, step = width;
+    work_space const finished(tall * cols), panel(tall * step), unused(step);
+    work_space d(step), next_d(step);
+    auto const column = [&](int j) { return finished + j * tall; };
+    auto const clear = [step](double* sums) { std::fill(sums, sums + step, 0.0); };
+    for (int l = 0; l < cols; l += width) {
+        int const count = std::min(width, cols - l);
+        load_panel(cell, n, l, count, panel);
+        clear(next_d);
+        if (l > 0) detail::add_panel(n, column(0), panel, next_d);
+        for (int j = 0; j < l; ++j) {
+            std::swap(d, next_d);
+            clear(next_d);
+            detail::project_panel(n, column(j), d, column(std::min(j + 1, l - 1)), panel, next_d);
+        }
+        for (int c = 0; c < count; ++c) {
+            double* const q = column(l + c);
+            double s = 0;
+            for (int i = 0; i < n; ++i) {
+                q[i] = panel[i * step + c];
+                s += q[i] * q[i];
+            }
+            double const length = std::sqrt(s);
+            for (int i = 0; i < n; ++i) q[i] /= length;
+            clear(d);
+            clear(unused);
+            detail::add_panel(n, q, panel, d);
+            detail::project_panel(n, q, d, q, panel, unused);
+        }
     }
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < cols; ++j) cell[i][j] = finished[j * tall + i];
 }
 
 matrix lineqns(matrix const& A, matrix const& b, LinearMethod method)
