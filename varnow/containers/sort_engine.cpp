@@ -18,13 +18,19 @@ constexpr int position_bits = 31;
 constexpr word position_mask = (word(1) << position_bits) - 1;
 constexpr int window_bits = 64 - position_bits;
 
+// Words of its own, or n of the caller's.
 struct buffer
 {
-    explicit buffer(int n) : word_(new word[static_cast<std::size_t>(n)]) {}
-    operator word*() const { return word_.get(); }
+    explicit buffer(int n, word* given = nullptr)
+        : own_(given ? nullptr : new word[static_cast<std::size_t>(n)]),
+          word_(given ? given : own_.get())
+    {
+    }
+    operator word*() const { return word_; }
 
 private:
-    std::unique_ptr<word[]> word_;
+    std::unique_ptr<word[]> own_;
+    word* word_;
 };
 
 int bit_length(word x)
@@ -70,28 +76,42 @@ void sort_packed(word* a, word* scratch, int n, int bits)
     if (from != a) std::copy(from, from + n, a);
 }
 
-// The quicksort proper, on words of a rank above a position. Since all to the right of a pivot are
-// not below it, a later pivot of the same rank there finds nothing to move, and neither does one
-// without rank (a NaN): no scan. So repeats cost no more than the exchange of the middle.
-class rank_sort
+// The quicksort proper, on words of a rank above some bits that go with it. Since all to the right
+// of a pivot are not below it, a later pivot of the same rank there finds nothing to move, and
+// neither does one without rank (a NaN): no scan. So repeats cost no more than the exchange of the
+// middle.
+template <class W, int shift> class rank_sort
 {
 public:
-    static constexpr word no_rank = 0xffffffff;
-    static constexpr int rank_shift = 32;
+    static constexpr W no_rank = W(~W(0)) >> shift;
 
-    explicit rank_sort(word* a) : a_(a) {}
+    static W pack(word rank, int below)
+    {
+        return static_cast<W>(W(rank) << shift | W(unsigned(below)));
+    }
+
+    explicit rank_sort(W* a) : a_(a) {}
+    // With every word ranked, `sorted` may hold them in rising order of ranks, and open[k] the
+    // number of those before k whose order among their equals is asked for.
+    rank_sort(W* a, W const* sorted, int const* open) : a_(a), sorted_(sorted), open_(open) {}
 
     // No rank from left to right is below `least`.
-    void run(int left, int right, word least)
+    void run(int left, int right, W least)
     {
         while (left < right) {
+            if (open_ && open_[left] == open_[right + 1]) return take_sorted(left, right);
+            if (right - left == 1) {
+                W const pivot = a_[left] >> shift;
+                if (a_[right] >> shift < pivot && pivot != no_rank) std::swap(a_[left], a_[right]);
+                return;
+            }
             std::swap(a_[left], a_[left + (right - left) / 2]);
-            word const pivot = a_[left] >> rank_shift;
+            W const pivot = a_[left] >> shift;
             if (pivot == least || pivot == no_rank) {
                 ++left;
                 continue;
             }
-            int const last = gather_below(left, right, pivot << rank_shift);
+            int const last = gather_below(left, right, pivot << shift);
             std::swap(a_[left], a_[last]);
             if (last - left < right - last) {
                 run(left, last - 1, least);
@@ -110,7 +130,7 @@ public:
     {
         while (left < right) {
             int const middle = left + (right - left) / 2;
-            word const limit = a_[middle] >> rank_shift << rank_shift;
+            W const limit = a_[middle] >> shift << shift;
             int const first = first_not_below(left, middle, limit);
             std::swap(a_[first], a_[middle]);
             if (first - left < right - first) {
@@ -124,18 +144,17 @@ public:
     }
 
 private:
-    int first_not_below(int left, int right, word limit) const
+    int first_not_below(int left, int right, W limit) const
     {
         if (a_[left] >= limit) return left;
         return static_cast<int>(
-            std::partition_point(a_ + left, a_ + right, [limit](word x) { return x < limit; }) -
-            a_);
+            std::partition_point(a_ + left, a_ + right, [limit](W x) { return x < limit; }) - a_);
     }
 
     // Moves what is below the limit behind `left`, and gives the last place of it. The exchanges of
     // a stretch do not touch what it has yet to compare, so the comparisons can all come first,
     // without a branch to mispredict.
-    int gather_below(int left, int right, word limit)
+    int gather_below(int left, int right, W limit)
     {
         constexpr int stretch = 128;
         unsigned char below[stretch];
@@ -152,8 +171,24 @@ private:
         return last;
     }
 
-    word* const a_;
+    // Nobody asks for the exchanges from left to right. Of the first rank some may have gone to the
+    // left of here; the rest must be what is here.
+    void take_sorted(int left, int right)
+    {
+        W const first = sorted_[left] >> shift;
+        int put = left;
+        if (left > 0 && sorted_[left - 1] >> shift == first)
+            for (int i = left; i <= right; ++i)
+                if (a_[i] >> shift == first) a_[put++] = a_[i];
+        std::copy(sorted_ + put, sorted_ + right + 1, a_ + put);
+    }
+
+    W* const a_;
+    W const* const sorted_ = nullptr;
+    int const* const open_ = nullptr;
 };
+
+using position_sort = rank_sort<word, 32>;
 
 // Sorts by keys that are first mapped to integers of the same order. `Keys` offers, for positions
 // i and j,
@@ -163,16 +198,21 @@ private:
 template <class Keys> class engine
 {
 public:
-    engine(Keys const& keys, int n, int* position)
-        : keys_(keys), n_(n), position_(position), a_(n), scratch_(n)
+    // Without `exchanges` equal keys stay in the order of their positions.
+    engine(Keys const& keys, int n, int* position, bool exchanges = true, word* work = nullptr)
+        : keys_(keys), n_(n), position_(position), a_(n, work), scratch_(n, work ? work + n : work)
     {
         survey();
-        if (Keys::exact && present_ == n_ && (rising_ || falling_)) {
+        if (Keys::exact && present_ == n_ && (rising_ || (falling_ && (exchanges || !repeats_)))) {
             take_in_turn();
+            if (repeats_ && exchanges) exchange_in_turn();
             return;
         }
         sort_by_key();
-        if (repeats_ || present_ < n_) exchange_ranks();
+        if (!exchanges)
+            for (int k = 0; k < n_; ++k) position_[k] &= ~repeat_mark;
+        else if (repeats_ || present_ < n_)
+            exchange_ranks();
     }
 
 private:
@@ -203,14 +243,17 @@ private:
         for (int k = 0; k < n_; ++k) {
             int const i = rising_ ? k : n_ - 1 - k;
             if (k > 0 && keys_.key(i) != keys_.key(rising_ ? i - 1 : i + 1)) ++rank;
-            a_[i] = rank << rank_sort::rank_shift | word(unsigned(i));
+            a_[i] = position_sort::pack(rank, i);
             position_[k] = i;
         }
-        if (!repeats_) return;
+    }
+
+    void exchange_in_turn()
+    {
         if (rising_)
-            rank_sort(a_).run_rising(0, n_ - 1);
+            position_sort(a_).run_rising(0, n_ - 1);
         else
-            rank_sort(a_).run(0, n_ - 1, 0);
+            position_sort(a_).run(0, n_ - 1, 0);
         for (int k = 0; k < n_; ++k) position_[k] = position_of(a_[k]);
     }
 
@@ -297,16 +340,15 @@ private:
     void exchange_ranks()
     {
         if (present_ < n_)
-            for (int i = 0; i < n_; ++i)
-                a_[i] = rank_sort::no_rank << rank_sort::rank_shift | word(unsigned(i));
+            for (int i = 0; i < n_; ++i) a_[i] = position_sort::pack(position_sort::no_rank, i);
         word rank = 0;
         for (int k = 0; k < present_; ++k) {
             bool const repeat = position_[k] < 0;
             if (k > 0 && !repeat) ++rank;
             int const i = position_[k] & ~repeat_mark;
-            a_[i] = rank << rank_sort::rank_shift | word(unsigned(i));
+            a_[i] = position_sort::pack(rank, i);
         }
-        rank_sort(a_).run(0, n_ - 1, 0);
+        position_sort(a_).run(0, n_ - 1, 0);
         for (int k = 0; k < n_; ++k) position_[k] = position_of(a_[k]);
     }
 
@@ -390,7 +432,52 @@ private:
     bool falling_;
 };
 
+// Runs the quicksort on words that hold below(k) under the rank of each sorted key, as far as
+// marked runs go, and gives what is below the ranks then: put(k, below).
+template <class W, int shift, class Below, class Put>
+void settle(double const* sorted_key, int n, char const* marked, int const* position, Below below,
+            Put put)
+{
+    using sorter = rank_sort<W, shift>;
+    std::size_t const size = static_cast<std::size_t>(n);
+    std::unique_ptr<W[]> const a(new W[size]), sorted(new W[size]);
+    std::unique_ptr<int[]> const open(new int[size + 1]);
+    word rank = 0;
+    int asked = 0, run_asks = 0;
+    for (int k = 0; k < n; ++k) {
+        bool const next = k == 0 || sorted_key[k] != sorted_key[k - 1];
+        rank += next;
+        run_asks = next ? marked[k] : run_asks;
+        open[std::size_t(k)] = asked;
+        asked += run_asks;
+        a[std::size_t(position[k])] = sorted[std::size_t(k)] = sorter::pack(rank, below(k));
+    }
+    open[size] = asked;
+    sorter(a.get(), sorted.get(), open.get()).run(0, n - 1, 0);
+    for (int k = 0; k < n; ++k) put(k, a[std::size_t(k)] & ((W(1) << shift) - 1));
+}
+
 } // namespace
+
+void stable_positions(double const* key, int n, int* position, word* work)
+{
+    engine<number_keys>(number_keys{key, 0}, n, position, false, work);
+}
+
+void settle_repeats(double const* sorted_key, int n, char const* marked, int* position)
+{
+    settle<word, 32>(
+        sorted_key, n, marked, position, [=](int k) { return position[k]; },
+        [=](int k, word p) { position[k] = static_cast<int>(p); });
+}
+
+void settle_flags(double const* sorted_key, int n, char const* marked, int const* position,
+                  double* flag)
+{
+    settle<std::uint32_t, 1>(
+        sorted_key, n, marked, position, [=](int k) { return flag[k] != 0.0; },
+        [=](int k, std::uint32_t f) { flag[k] = f; });
+}
 
 void sorted_positions(double const* key, int n, Direction d, int* position)
 {

@@ -3,6 +3,8 @@
 
 #include <varnow/containers/data.h>
 
+#include <cstdint>
+
 namespace varnow::detail {
 
 /// position[k] becomes the place, counted from 0, of the key that ends up k-th. The permutation,
@@ -14,5 +16,17 @@ namespace varnow::detail {
 /// do it is that of the quicksort, to which repeats in themselves add nothing.
 void sorted_positions(double const* key, int n, Direction d, int* position);
 void sorted_positions(Text const* const* key, int n, Direction d, int* position);
+
+/// The ascending order of numbers without NaN; equal keys stand in the order of their places. The
+/// caller may give 2 n words to work in.
+void stable_positions(double const* key, int n, int* position, std::uint64_t* work = nullptr);
+/// Turns the order of `stable_positions` into that of `sorted_positions`, as far as the members of
+/// marked runs of equal keys go; those of other runs may change places among themselves. marked[k]
+/// is 1 or 0 where a run begins at sorted_key[k], and not looked at elsewhere.
+void settle_repeats(double const* sorted_key, int n, char const* marked, int* position);
+/// The same for flags 0 and 1 that stand in the order of `stable_positions`, as `position` tells
+/// it: they alone are put in their final places.
+void settle_flags(double const* sorted_key, int n, char const* marked, int const* position,
+                  double* flag);
 
 } // namespace varnow::detail
