@@ -46,6 +46,11 @@ public:
     }
     Text(int i);
     Text(long i);
+    /// Any other whole number.
+    template <class I, std::enable_if_t<std::is_integral<I>::value, int> = 0>
+    Text(I i) : Text(std::to_string(i))
+    {
+    }
     /// Twelve decimals; the empty text for NaN; infinities as the C library prints them.
     Text(double d);
     Text(std::string const& s) : len(0), str(detail::empty_text) { assign(s.data(), s.size()); }
