@@ -160,6 +160,25 @@ TEST(Expressions, ListsTakeTheTypeOfWhatTheyHold)
     EXPECT_EQ(iselement("b", c("a", "b")), 1);
 }
 
+TEST(Expressions, ACellTypeMayBeNamedInTheCall)
+{
+    matrix const a = c(1.0, 2.0), b = c(2.0, 3.0);
+    data<double> const plain = b;
+    table const x = c("u", "v");
+    double (*tens)(double, double) = [](double i, double j) { return 10 * i + j; };
+    EXPECT_EQ(setunion<double>(a, b).cols, 3);
+    EXPECT_EQ(setdiff<double>(a, plain)(1), 1);
+    EXPECT_EQ(setintersect<double>(plain, plain).cols, 2);
+    EXPECT_EQ(setequal<Text>(x, x), 1);
+    EXPECT_EQ(sum(iselement<double>(a, b)), 1);
+    EXPECT_EQ(iselement<double>(3, b), 1);
+    EXPECT_EQ(match<double>(a, b, 0, -1).v[1], 1);
+    EXPECT_EQ(compare<Text>(x, x), 1);
+    EXPECT_EQ(shufflecol<double>(a, b)(2), 2);
+    EXPECT_EQ(shufflerow<Text>(x, x).rows, 2);
+    EXPECT_EQ(outer<double>(a, plain, tens)(2, 1), 22);
+}
+
 TEST(Expressions, OneCellMatricesAndNumbersTakeEachOthersPlace)
 {
     double const x = cell_of(2.5);

@@ -289,6 +289,20 @@ namespace detail {
 /// Holds for data<T> itself and not for matrix or table, which have overloads of their own.
 template <class A, class R = int>
 using if_plain = std::enable_if_t<std::is_same<A, data<typename A::cell_type>>::value, R>;
+
+/// data<T> where T is named in the call, `setunion<double>(a, b)`, and not found from an argument.
+template <class T> struct named
+{
+};
+template <> struct named<double>
+{
+    using container = data<double>;
+};
+template <> struct named<Text>
+{
+    using container = data<Text>;
+};
+template <class T> using container_of = typename named<T>::container;
 } // namespace detail
 
 } // namespace varnow
