@@ -179,6 +179,26 @@ TEST(Expressions, ACellTypeMayBeNamedInTheCall)
     EXPECT_EQ(outer<double>(a, plain, tens)(2, 1), 22);
 }
 
+TEST(Expressions, SortsTakeListsAndDirectionsAsPlainNumbers)
+{
+    Vector const falling = order(c(2, 3, 1), 1);
+    EXPECT_EQ(falling.v[0] * 100 + falling.v[1] * 10 + falling.v[2], 213);
+    EXPECT_EQ(order(c("b", "a")).v[0], 2);
+    matrix m("2 10; 1 30; 3 20");
+    m.colname(2) = "x";
+    m.sort(1, 1);
+    EXPECT_EQ(m(1, 1), 3);
+    m.sort("X", 0);
+    EXPECT_EQ(m(1, 2), 10);
+    m.sort(3, 1, 0);
+    EXPECT_EQ(m.colname(1), "x");
+    table t = m;
+    t.sortval(1, 0);
+    EXPECT_EQ(t(1, 1), "10");
+    t.sortval("x", 1, 1);
+    EXPECT_EQ(t(1, 1), "30");
+}
+
 TEST(Expressions, OneCellMatricesAndNumbersTakeEachOthersPlace)
 {
     double const x = cell_of(2.5);

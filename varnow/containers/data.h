@@ -221,6 +221,12 @@ public:
     // Ordering and sampling (ordering.cpp, sampling.cpp).
     void sort(int n, Direction d = Ascending, int by_column = 1);
     void sort(Text const& name, Direction d = Ascending, int by_column = 1);
+    // The direction as a plain number, 0 or 1.
+    void sort(int n, int d, int by_column = 1) { sort(n, static_cast<Direction>(d), by_column); }
+    void sort(Text const& name, int d, int by_column = 1)
+    {
+        sort(name, static_cast<Direction>(d), by_column);
+    }
     data sample_n(int n, int replace) const;
     /// sample_n of the fraction f of the rows, truncated.
     data sample_frac(double f, int replace) const;

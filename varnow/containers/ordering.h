@@ -96,6 +96,10 @@ Vector match(detail::container_of<T> const& a, detail::container_of<T> const& b,
 { return match<A>(a, b, from_end, nomatch); }
 
 #define VARNOW_FORMS(M, T)                                                                             \
+    inline Vector sort(M& x, Direction d = Ascending, int flag = 0) { return sort<T>(x, d, flag); }    \
+    inline Vector order(M const& x, Direction d = Ascending) { return order<T>(x, d); }                \
+    inline Vector order(M const& x, int d) { return order<T>(x, d); }                                  \
+    inline void sort(M& x, M& y, Direction d = Ascending, int flag = 0) { sort<T>(x, y, d, flag); }    \
     inline M unique(M const& x, int from_end = 0) { return unique<T>(x, from_end); }                   \
     inline M setunion(M const& a, M const& b) { return setunion<data<T>>(a, b); }                      \
     inline M setdiff(M const& a, M const& b) { return setdiff<data<T>>(a, b); }                        \

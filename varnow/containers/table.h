@@ -57,6 +57,15 @@ public:
     /// texts.
     void sortval(int n, Direction d = Ascending, int by_column = 1);
     void sortval(Text const& name, Direction d = Ascending, int by_column = 1);
+    // The direction as a plain number, 0 or 1.
+    void sortval(int n, int d, int by_column = 1)
+    {
+        sortval(n, static_cast<Direction>(d), by_column);
+    }
+    void sortval(Text const& name, int d, int by_column = 1)
+    {
+        sortval(name, static_cast<Direction>(d), by_column);
+    }
 };
 
 namespace detail {
