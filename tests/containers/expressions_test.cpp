@@ -199,6 +199,31 @@ TEST(Expressions, SortsTakeListsAndDirectionsAsPlainNumbers)
     EXPECT_EQ(t(1, 1), "30");
 }
 
+TEST(Expressions, MatricesBindAndTakeInWhatBecomesAMatrix)
+{
+    matrix m = c(1.0, 2.0);
+    m = 0 | m | 3 | 4.5;
+    EXPECT_EQ(m.cols, 5);
+    EXPECT_EQ(m(1), 0);
+    EXPECT_EQ(m(4), 3);
+    m = 1 & ~m & 2u;
+    EXPECT_EQ(m.rows, 7);
+    EXPECT_EQ(m(7), 2);
+    (m |= $(7)).sqr();
+    EXPECT_EQ(m(7, 2), 49);
+    m &= "8 9";
+    EXPECT_EQ(m(8, 2), 9);
+    m.setcol(1, $(8, 1));
+    m.setrow(2, m.row(1));
+    m.set(c(3), c(2), 5);
+    m.setcol(c(2), data<double>(m[2]));
+    EXPECT_EQ(m(2, 1) * 10 + m(3, 2), 85);
+    table t = c("a", "b");
+    t &= matrix("1 2");
+    t.setcol(2, matrix("3; 4"));
+    EXPECT_EQ(t(2, 1) + t(1, 2), "13");
+}
+
 TEST(Expressions, OneCellMatricesAndNumbersTakeEachOthersPlace)
 {
     double const x = cell_of(2.5);

@@ -128,6 +128,14 @@ A outer(detail::container_of<T> const& a, detail::container_of<T> const& b,
 VARNOW_FORMS(matrix, double)
 VARNOW_FORMS(table, Text)
 #undef VARNOW_FORMS
+// A number binds as a 1 by 1 matrix; without these forms the logic of whole numbers competes.
+#define VARNOW_BIND(op)                                                                                \
+    template <class S, detail::if_number<S> = 0> matrix operator op(matrix const& a, S b)              \
+    { return a op matrix(static_cast<double>(b)); }                                                    \
+    template <class S, detail::if_number<S> = 0> matrix operator op(S a, matrix const& b)              \
+    { return matrix(static_cast<double>(a)) op b; }
+VARNOW_BIND(|) VARNOW_BIND(&)
+#undef VARNOW_BIND
 // clang-format on
 
 } // namespace varnow
