@@ -160,6 +160,70 @@ TEST(Expressions, ListsTakeTheTypeOfWhatTheyHold)
     EXPECT_EQ(iselement("b", c("a", "b")), 1);
 }
 
+TEST(Expressions, ACellTypeMayBeNamedInTheCall)
+{
+    matrix const a = c(1.0, 2.0), b = c(2.0, 3.0);
+    data<double> const plain = b;
+    table const x = c("u", "v");
+    double (*tens)(double, double) = [](double i, double j) { return 10 * i + j; };
+    EXPECT_EQ(setunion<double>(a, b).cols, 3);
+    EXPECT_EQ(setdiff<double>(a, plain)(1), 1);
+    EXPECT_EQ(setintersect<double>(plain, plain).cols, 2);
+    EXPECT_EQ(setequal<Text>(x, x), 1);
+    EXPECT_EQ(sum(iselement<double>(a, b)), 1);
+    EXPECT_EQ(iselement<double>(3, b), 1);
+    EXPECT_EQ(match<double>(a, b, 0, -1).v[1], 1);
+    EXPECT_EQ(compare<Text>(x, x), 1);
+    EXPECT_EQ(shufflecol<double>(a, b)(2), 2);
+    EXPECT_EQ(shufflerow<Text>(x, x).rows, 2);
+    EXPECT_EQ(outer<double>(a, plain, tens)(2, 1), 22);
+}
+
+TEST(Expressions, SortsTakeListsAndDirectionsAsPlainNumbers)
+{
+    Vector const falling = order(c(2, 3, 1), 1);
+    EXPECT_EQ(falling.v[0] * 100 + falling.v[1] * 10 + falling.v[2], 213);
+    EXPECT_EQ(order(c("b", "a")).v[0], 2);
+    matrix m("2 10; 1 30; 3 20");
+    m.colname(2) = "x";
+    m.sort(1, 1);
+    EXPECT_EQ(m(1, 1), 3);
+    m.sort("X", 0);
+    EXPECT_EQ(m(1, 2), 10);
+    m.sort(3, 1, 0);
+    EXPECT_EQ(m.colname(1), "x");
+    table t = m;
+    t.sortval(1, 0);
+    EXPECT_EQ(t(1, 1), "10");
+    t.sortval("x", 1, 1);
+    EXPECT_EQ(t(1, 1), "30");
+}
+
+TEST(Expressions, MatricesBindAndTakeInWhatBecomesAMatrix)
+{
+    matrix m = c(1.0, 2.0);
+    m = 0 | m | 3 | 4.5;
+    EXPECT_EQ(m.cols, 5);
+    EXPECT_EQ(m(1), 0);
+    EXPECT_EQ(m(4), 3);
+    m = 1 & ~m & 2u;
+    EXPECT_EQ(m.rows, 7);
+    EXPECT_EQ(m(7), 2);
+    (m |= $(7)).sqr();
+    EXPECT_EQ(m(7, 2), 49);
+    m &= "8 9";
+    EXPECT_EQ(m(8, 2), 9);
+    m.setcol(1, $(8, 1));
+    m.setrow(2, m.row(1));
+    m.set(c(3), c(2), 5);
+    m.setcol(c(2), data<double>(m[2]));
+    EXPECT_EQ(m(2, 1) * 10 + m(3, 2), 85);
+    table t = c("a", "b");
+    t &= matrix("1 2");
+    t.setcol(2, matrix("3; 4"));
+    EXPECT_EQ(t(2, 1) + t(1, 2), "13");
+}
+
 TEST(Expressions, OneCellMatricesAndNumbersTakeEachOthersPlace)
 {
     double const x = cell_of(2.5);

@@ -221,6 +221,12 @@ public:
     // Ordering and sampling (ordering.cpp, sampling.cpp).
     void sort(int n, Direction d = Ascending, int by_column = 1);
     void sort(Text const& name, Direction d = Ascending, int by_column = 1);
+    // The direction as a plain number, 0 or 1.
+    void sort(int n, int d, int by_column = 1) { sort(n, static_cast<Direction>(d), by_column); }
+    void sort(Text const& name, int d, int by_column = 1)
+    {
+        sort(name, static_cast<Direction>(d), by_column);
+    }
     data sample_n(int n, int replace) const;
     /// sample_n of the fraction f of the rows, truncated.
     data sample_frac(double f, int replace) const;
@@ -289,6 +295,20 @@ namespace detail {
 /// Holds for data<T> itself and not for matrix or table, which have overloads of their own.
 template <class A, class R = int>
 using if_plain = std::enable_if_t<std::is_same<A, data<typename A::cell_type>>::value, R>;
+
+/// data<T> where T is named in the call, `setunion<double>(a, b)`, and not found from an argument.
+template <class T> struct named
+{
+};
+template <> struct named<double>
+{
+    using container = data<double>;
+};
+template <> struct named<Text>
+{
+    using container = data<Text>;
+};
+template <class T> using container_of = typename named<T>::container;
 } // namespace detail
 
 } // namespace varnow

@@ -55,6 +55,27 @@ public:
     matrix col(Vector const& idx) const { return data<double>::col(idx); }
     matrix row(Vector const& idx) const { return data<double>::row(idx); }
     matrix filter(Vector const& flags) const { return data<double>::filter(flags); }
+    // Also for what becomes a matrix: a Vector, a number, a literal.
+    using data<double>::set;
+    using data<double>::setcol;
+    using data<double>::setrow;
+    using data<double>::operator|=;
+    using data<double>::operator&=;
+    void set(Vector const& r, Vector const& c, matrix const& b) { data<double>::set(r, c, b); }
+    void setcol(Vector const& idx, matrix const& b) { data<double>::setcol(idx, b); }
+    void setcol(int j, matrix const& b) { data<double>::setcol(j, b); }
+    void setrow(Vector const& idx, matrix const& b) { data<double>::setrow(idx, b); }
+    void setrow(int i, matrix const& b) { data<double>::setrow(i, b); }
+    matrix& operator|=(matrix const& b)
+    {
+        data<double>::operator|=(b);
+        return *this;
+    }
+    matrix& operator&=(matrix const& b)
+    {
+        data<double>::operator&=(b);
+        return *this;
+    }
     matrix sample_n(int n, int replace) const { return data<double>::sample_n(n, replace); }
     matrix sample_frac(double f, int replace) const
     {

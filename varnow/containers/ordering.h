@@ -81,8 +81,25 @@ VARNOW_API Vector match(A const& a, A const& b, int from_end = 0, int nomatch = 
 /// 1 when a and b have one shape and equal cells.
 template <class A, detail::if_plain<A> = 0> VARNOW_API int compare(A const& a, A const& b);
 
+// The same with the cell type named, as in `setunion<double>(a, b)`.
 // clang-format off
+#define VARNOW_NAMED(R, name)                                                                          \
+    template <class T, class A = detail::container_of<T>>                                              \
+    R name(detail::container_of<T> const& a, detail::container_of<T> const& b)                         \
+    { return name<A>(a, b); }
+VARNOW_NAMED(A, setunion) VARNOW_NAMED(A, setdiff) VARNOW_NAMED(A, setintersect)
+VARNOW_NAMED(int, setequal) VARNOW_NAMED(Vector, iselement) VARNOW_NAMED(int, compare)
+#undef VARNOW_NAMED
+template <class T, class A = detail::container_of<T>>
+Vector match(detail::container_of<T> const& a, detail::container_of<T> const& b, int from_end = 0,
+             int nomatch = 0)
+{ return match<A>(a, b, from_end, nomatch); }
+
 #define VARNOW_FORMS(M, T)                                                                             \
+    inline Vector sort(M& x, Direction d = Ascending, int flag = 0) { return sort<T>(x, d, flag); }    \
+    inline Vector order(M const& x, Direction d = Ascending) { return order<T>(x, d); }                \
+    inline Vector order(M const& x, int d) { return order<T>(x, d); }                                  \
+    inline void sort(M& x, M& y, Direction d = Ascending, int flag = 0) { sort<T>(x, y, d, flag); }    \
     inline M unique(M const& x, int from_end = 0) { return unique<T>(x, from_end); }                   \
     inline M setunion(M const& a, M const& b) { return setunion<data<T>>(a, b); }                      \
     inline M setdiff(M const& a, M const& b) { return setdiff<data<T>>(a, b); }                        \

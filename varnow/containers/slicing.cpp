@@ -424,8 +424,9 @@ template <class T> data<T> repeach(data<T> const& a, int k)
     return replicated(a, k, std::int64_t(length(a)) * k);
 }
 
-template <class T, class A, detail::if_plain<A>> A outer(A const& a, A const& b, T (*f)(T, T))
+template <class A, detail::if_plain<A>> A outer(A const& a, A const& b, detail::of_two_cells<A> f)
 {
+    using T = typename A::cell_type;
     auto refuse = [](char const* why) {
         errormessage<T>("_data_ outer(_data_,_data_,_T_ f(_T_,_T_))", why, "");
         return A();

@@ -6,6 +6,11 @@
 
 namespace varnow {
 
+namespace detail {
+template <class A>
+using of_two_cells = typename A::cell_type (*)(typename A::cell_type, typename A::cell_type);
+} // namespace detail
+
 // Positions count from 1; a list of negative positions takes all but these. A selection of nothing
 // is the 0 by 0 object. Every function below stands for data<T> (a template), matrix and table
 // alike.
@@ -72,8 +77,26 @@ template <class A, detail::if_plain<A> = 0> VARNOW_API A shufflecol(A const& a, 
 /// The same for rows.
 template <class A, detail::if_plain<A> = 0> VARNOW_API A shufflerow(A const& a, A const& b);
 /// f(a[i], b[j]) over two vectors; no names.
-template <class T, class A, detail::if_plain<A> = 0>
-VARNOW_API A outer(A const& a, A const& b, T (*f)(T, T));
+template <class A, detail::if_plain<A> = 0>
+VARNOW_API A outer(A const& a, A const& b, detail::of_two_cells<A> f);
+
+// The same with the cell type named, as in `shufflecol<double>(a, b)`.
+template <class T, class A = detail::container_of<T>>
+A shufflecol(detail::container_of<T> const& a, detail::container_of<T> const& b)
+{
+    return shufflecol<A>(a, b);
+}
+template <class T, class A = detail::container_of<T>>
+A shufflerow(detail::container_of<T> const& a, detail::container_of<T> const& b)
+{
+    return shufflerow<A>(a, b);
+}
+template <class T, class A = detail::container_of<T>>
+A outer(detail::container_of<T> const& a, detail::container_of<T> const& b,
+        detail::of_two_cells<A> f)
+{
+    return outer<A>(a, b, f);
+}
 
 // clang-format off
 #define VARNOW_FORMS(M, T)                                                                             \
@@ -101,10 +124,18 @@ VARNOW_API A outer(A const& a, A const& b, T (*f)(T, T));
     inline M operator&(M const& a, M const& b) { return operator&<data<T>>(a, b); }                    \
     inline M shufflecol(M const& a, M const& b) { return shufflecol<data<T>>(a, b); }                  \
     inline M shufflerow(M const& a, M const& b) { return shufflerow<data<T>>(a, b); }                  \
-    inline M outer(M const& a, M const& b, T (*f)(T, T)) { return outer<T, data<T>>(a, b, f); }
+    inline M outer(M const& a, M const& b, T (*f)(T, T)) { return outer<data<T>>(a, b, f); }
 VARNOW_FORMS(matrix, double)
 VARNOW_FORMS(table, Text)
 #undef VARNOW_FORMS
+// A number binds as a 1 by 1 matrix; without these forms the logic of whole numbers competes.
+#define VARNOW_BIND(op)                                                                                \
+    template <class S, detail::if_number<S> = 0> matrix operator op(matrix const& a, S b)              \
+    { return a op matrix(static_cast<double>(b)); }                                                    \
+    template <class S, detail::if_number<S> = 0> matrix operator op(S a, matrix const& b)              \
+    { return matrix(static_cast<double>(a)) op b; }
+VARNOW_BIND(|) VARNOW_BIND(&)
+#undef VARNOW_BIND
 // clang-format on
 
 } // namespace varnow

@@ -37,6 +37,27 @@ public:
     table col(Vector const& idx) const { return data<Text>::col(idx); }
     table row(Vector const& idx) const { return data<Text>::row(idx); }
     table filter(Vector const& flags) const { return data<Text>::filter(flags); }
+    // Also for what becomes a table: a matrix.
+    using data<Text>::set;
+    using data<Text>::setcol;
+    using data<Text>::setrow;
+    using data<Text>::operator|=;
+    using data<Text>::operator&=;
+    void set(Vector const& r, Vector const& c, table const& b) { data<Text>::set(r, c, b); }
+    void setcol(Vector const& idx, table const& b) { data<Text>::setcol(idx, b); }
+    void setcol(int j, table const& b) { data<Text>::setcol(j, b); }
+    void setrow(Vector const& idx, table const& b) { data<Text>::setrow(idx, b); }
+    void setrow(int i, table const& b) { data<Text>::setrow(i, b); }
+    table& operator|=(table const& b)
+    {
+        data<Text>::operator|=(b);
+        return *this;
+    }
+    table& operator&=(table const& b)
+    {
+        data<Text>::operator&=(b);
+        return *this;
+    }
     table sample_n(int n, int replace) const { return data<Text>::sample_n(n, replace); }
     table sample_frac(double f, int replace) const { return data<Text>::sample_frac(f, replace); }
 
@@ -57,6 +78,15 @@ public:
     /// texts.
     void sortval(int n, Direction d = Ascending, int by_column = 1);
     void sortval(Text const& name, Direction d = Ascending, int by_column = 1);
+    // The direction as a plain number, 0 or 1.
+    void sortval(int n, int d, int by_column = 1)
+    {
+        sortval(n, static_cast<Direction>(d), by_column);
+    }
+    void sortval(Text const& name, int d, int by_column = 1)
+    {
+        sortval(name, static_cast<Direction>(d), by_column);
+    }
 };
 
 namespace detail {
