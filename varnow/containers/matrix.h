@@ -149,4 +149,8 @@ public:
     void readbin(FILE* f);
 };
 
+/// Transposed, names of both kinds exchanged. Stands here, since without it `~m` would turn to an
+/// integer.
+VARNOW_API matrix operator~(matrix const& a);
+
 } // namespace varnow

@@ -393,6 +393,15 @@ INSTANCES(Text)
 #undef INSTANCES
 // clang-format on
 
+matrix operator~(matrix const& a)
+{
+    return operator~<double>(a);
+}
+table operator~(table const& a)
+{
+    return operator~<Text>(a);
+}
+
 template class data<double>;
 template class data<Text>;
 

@@ -108,7 +108,6 @@ A outer(detail::container_of<T> const& a, detail::container_of<T> const& b,
     inline M rep(M const& a, Vector const& k) { return rep<T>(a, k); }                                 \
     inline M replen(M const& a, int n) { return replen<T>(a, n); }                                     \
     inline M repeach(M const& a, int k) { return repeach<T>(a, k); }                                   \
-    inline M operator~(M const& a) { return operator~<T>(a); }                                         \
     inline M up(M const& a) { return up<T>(a); }                                                       \
     inline M down(M const& a) { return down<T>(a); }                                                   \
     inline M tril(M const& a) { return tril<T>(a); }                                                   \

@@ -112,6 +112,9 @@ data<T> c(A const&... values)
     return c(Text(values)...);
 }
 
+/// Transposed, names of both kinds exchanged.
+VARNOW_API table operator~(table const& a);
+
 /// Element-wise joining; names of the first table.
 VARNOW_API table operator+(table const& a, table const& b);
 VARNOW_API table operator+(Text const& a, table const& b);

@@ -85,7 +85,7 @@ public:
                 weigh(from, count, power.data(), pull.data());
                 detail::add_rows(row, count, cols_, pull.data(), own.data());
             }
-#pragma omp critical(varnow_logistic_gradient)
+#pragma omp critical
             for (std::size_t j = 0; j < m; ++j) g[j] += own[j];
         }
     }
