@@ -1,3 +1,4 @@
+#include <tests/support/folder.h>
 #include <tests/support/refusal.h>
 
 #include <varnow/containers/matrix.h>
@@ -17,12 +18,9 @@ struct closer
 };
 using stream = std::unique_ptr<std::FILE, closer>;
 
-stream holding(std::string const& bytes)
+stream open(folder const& files, char const* mode)
 {
-    stream f(std::tmpfile());
-    std::fwrite(bytes.data(), 1, bytes.size(), f.get());
-    std::rewind(f.get());
-    return f;
+    return stream(std::fopen(files.path("dump").c_str(), mode));
 }
 
 std::string content(std::FILE* f)
@@ -39,7 +37,8 @@ TEST(BinDump, HasTheStatedForm)
     m.cell[1][1] = -INFINITY;
     m.colname(1) = "a b";
     m.rowname(2) = "3";
-    stream const f(std::tmpfile());
+    folder const files;
+    stream const f = open(files, "w+b");
     m.writebin(f.get());
     matrix(0, 2).writebin(f.get());
     EXPECT_EQ(content(f.get()), "2 2 3 a b0 0 1.500000 -0.000000 1 31000000.000000 -inf 0 2 0 0 ");
@@ -51,7 +50,8 @@ TEST(BinDump, ComesBackFromAmongOtherData)
     m.cell[1][1] = std::nan("");
     m.colname(2) = "second one";
     m.rowname(1) = "1";
-    stream const f(std::tmpfile());
+    folder const files;
+    stream const f = open(files, "w+b");
     std::fputs("before ", f.get());
     m.writebin(f.get());
     matrix(3, 0).writebin(f.get());
@@ -97,10 +97,12 @@ TEST(BinDumpDeathTest, RefusesDamage)
         "1 2 0 0 0 1.0 abc ",
         "2 1 0 0 1.0 0 ",
     };
+    folder const files;
     for (char const* bytes : damaged) {
         SCOPED_TRACE(bytes);
         matrix m;
-        stream const f = holding(bytes);
+        files.put("dump", bytes);
+        stream const f = open(files, "rb");
         EXPECT_REFUSAL(m.readbin(f.get()), "MATRIX", "void readbin(FILE*)",
                        "nieprawidlowa zawartosc pliku");
     }

@@ -175,6 +175,8 @@ bool parse_plain(char const* begin, char const* end, bool comma, double& x, char
         return true;
     }
 
+    // To the C library of Windows a "d" is an exponent too.
+    if (p < end && (*p | 32) == 'd') return false;
     std::ptrdiff_t exponent = 0;
     if (p < end && (*p == 'e' || *p == 'E')) {
         char const* q = p + 1;
