@@ -224,6 +224,22 @@ TEST(Expressions, MatricesBindAndTakeInWhatBecomesAMatrix)
     EXPECT_EQ(t(2, 1) + t(1, 2), "13");
 }
 
+TEST(Expressions, FunctionsOnCellsMayTakeThemByReference)
+{
+    table const t = c("a", "b") & c("c", "d");
+    table u = t, v = t;
+    u.forall(to_upper);
+    v.forcol(1, to_upper);
+    v.forrow(1, to_upper);
+    EXPECT_EQ(u(2, 2) + forall(t, to_upper)(1, 2), "DB");
+    EXPECT_EQ(v(1, 2) + v(2, 1) + v(2, 2), "BCd");
+    EXPECT_EQ(forcol(t, 2, to_upper)(2, 2) + forrow(t, 2, to_upper)(2, 1), "DC");
+    matrix m("4 9");
+    m.forall(sqrt);
+    m.forall([](auto x) { return x + 1; });
+    EXPECT_EQ(forcol(m, 1, sqrt)(2) + forrow(m, 1, exp)(1), 4 + exp(3.0));
+}
+
 TEST(Expressions, OneCellMatricesAndNumbersTakeEachOthersPlace)
 {
     double const x = cell_of(2.5);

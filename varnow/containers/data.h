@@ -217,6 +217,10 @@ public:
     void forall(T (*f)(T));
     void forcol(int j, T (*f)(T));
     void forrow(int i, T (*f)(T));
+    // For functions that take a reference, such as `to_upper`; R is T.
+    template <class R> void forall(R (*f)(T const&));
+    template <class R> void forcol(int j, R (*f)(T const&));
+    template <class R> void forrow(int i, R (*f)(T const&));
 
     // Ordering and sampling (ordering.cpp, sampling.cpp).
     void sort(int n, Direction d = Ascending, int by_column = 1);

@@ -491,13 +491,13 @@ template <class A, detail::if_plain<A>> A shufflerow(A const& a, A const& b)
 
 // A function on cells.
 
-template <class T> void data<T>::forall(T (*f)(T))
-{
-    for (int i = 0; i < rows; ++i)
-        for (int j = 0; j < cols; ++j) cell[i][j] = f(cell[i][j]);
-}
-
 namespace {
+
+template <class T, class F> void on_all(data<T>& a, F f)
+{
+    for (int i = 0; i < a.rows; ++i)
+        for (int j = 0; j < a.cols; ++j) a.cell[i][j] = f(a.cell[i][j]);
+}
 
 template <class T, class F> void on_column(data<T>& a, int j, char const* routine, F f)
 {
@@ -513,16 +513,31 @@ template <class T, class F> void on_row(data<T>& a, int i, char const* routine, 
 
 } // namespace
 
+template <class T> void data<T>::forall(T (*f)(T))
+{
+    on_all(*this, f);
+}
+template <class T> template <class R> void data<T>::forall(R (*f)(T const&))
+{
+    on_all(*this, f);
+}
+
 // clang-format off
-#define FOR_LINE(name, apply)                                                                      \
-    template <class T> void data<T>::name(int k, T (*f)(T))                                        \
-    { apply(*this, k, #name "(int,_T_ f(_T_))", f); }                                              \
-    template <class T> data<T> name(data<T> const& a, int k, T (*f)(T))                            \
+#define FOR_LINE_MEMBER(name, apply)                                                               \
+    { apply(*this, k, #name "(int,_T_ f(_T_))", f); }
+#define FOR_LINE_FREE(name, apply)                                                                 \
     {                                                                                              \
         data<T> r(a);                                                                              \
         apply(r, k, "_data_ " #name "(_data_,int,_T_ f(_T_))", f);                                 \
         return r;                                                                                  \
-    }                                                                                              \
+    }
+#define FOR_LINE(name, apply)                                                                      \
+    template <class T> void data<T>::name(int k, T (*f)(T)) FOR_LINE_MEMBER(name, apply)           \
+    template <class T> template <class R> void data<T>::name(int k, R (*f)(T const&))              \
+    FOR_LINE_MEMBER(name, apply)                                                                   \
+    template <class T> data<T> name(data<T> const& a, int k, T (*f)(T)) FOR_LINE_FREE(name, apply) \
+    template <class T> data<T> name(data<T> const& a, int k, T (*f)(T const&))                     \
+    FOR_LINE_FREE(name, apply)                                                                     \
     template <class T> data<T> name(data<T> const& a, int k, T (*f)(T, double), double x)          \
     {                                                                                              \
         data<T> r(a);                                                                              \
@@ -533,6 +548,8 @@ template <class T, class F> void on_row(data<T>& a, int i, char const* routine, 
 FOR_LINE(forcol, on_column)
 FOR_LINE(forrow, on_row)
 #undef FOR_LINE
+#undef FOR_LINE_MEMBER
+#undef FOR_LINE_FREE
 
 #define INSTANCES(T)                                                                               \
     template data<T> col(data<T> const&, Vector const&);                                           \
@@ -550,9 +567,14 @@ FOR_LINE(forrow, on_row)
     template data<T> outer(data<T> const&, data<T> const&, T (*)(T, T));                           \
     template data<T> shufflecol(data<T> const&, data<T> const&);                                   \
     template data<T> shufflerow(data<T> const&, data<T> const&);                                   \
+    template void data<T>::forall(T (*)(T const&));                                                \
+    template void data<T>::forcol(int, T (*)(T const&));                                           \
+    template void data<T>::forrow(int, T (*)(T const&));                                           \
     template data<T> forcol(data<T> const&, int, T (*)(T));                                        \
+    template data<T> forcol(data<T> const&, int, T (*)(T const&));                                 \
     template data<T> forcol(data<T> const&, int, T (*)(T, double), double);                        \
     template data<T> forrow(data<T> const&, int, T (*)(T));                                        \
+    template data<T> forrow(data<T> const&, int, T (*)(T const&));                                 \
     template data<T> forrow(data<T> const&, int, T (*)(T, double), double);
 INSTANCES(double)
 INSTANCES(Text)

@@ -57,8 +57,10 @@ template <class T> VARNOW_API data<T> fliplr(data<T> const& a);
 
 /// f on one column (row) of a copy, or f(cell, x).
 template <class T> VARNOW_API data<T> forcol(data<T> const& a, int j, T (*f)(T));
+template <class T> VARNOW_API data<T> forcol(data<T> const& a, int j, T (*f)(T const&));
 template <class T> VARNOW_API data<T> forcol(data<T> const& a, int j, T (*f)(T, double), double x);
 template <class T> VARNOW_API data<T> forrow(data<T> const& a, int i, T (*f)(T));
+template <class T> VARNOW_API data<T> forrow(data<T> const& a, int i, T (*f)(T const&));
 template <class T> VARNOW_API data<T> forrow(data<T> const& a, int i, T (*f)(T, double), double x);
 
 // Two containers. The templates take data<T> itself; matrix and table have their own forms, so that
@@ -116,8 +118,12 @@ A outer(detail::container_of<T> const& a, detail::container_of<T> const& b,
     inline M flipud(M const& a) { return flipud<T>(a); }                                               \
     inline M fliplr(M const& a) { return fliplr<T>(a); }                                               \
     inline M forcol(M const& a, int j, T (*f)(T)) { return forcol<T>(a, j, f); }                       \
+    template <class R> M forcol(M const& a, int j, R (*f)(T const&))                                   \
+    { return forcol(static_cast<data<T> const&>(a), j, f); }                                           \
     inline M forcol(M const& a, int j, T (*f)(T, double), double x) { return forcol<T>(a, j, f, x); }  \
     inline M forrow(M const& a, int i, T (*f)(T)) { return forrow<T>(a, i, f); }                       \
+    template <class R> M forrow(M const& a, int i, R (*f)(T const&))                                   \
+    { return forrow(static_cast<data<T> const&>(a), i, f); }                                           \
     inline M forrow(M const& a, int i, T (*f)(T, double), double x) { return forrow<T>(a, i, f, x); }  \
     inline M operator|(M const& a, M const& b) { return operator|<data<T>>(a, b); }                    \
     inline M operator&(M const& a, M const& b) { return operator&<data<T>>(a, b); }                    \

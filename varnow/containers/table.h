@@ -136,6 +136,12 @@ VARNOW_API table rownames(matrix const& a);
 VARNOW_API table colnames(matrix const& a);
 
 VARNOW_API table forall(table const& a, Text (*f)(Text));
+template <class R> table forall(table const& a, R (*f)(Text const&))
+{
+    table r(a);
+    r.forall(f);
+    return r;
+}
 VARNOW_API table forall(table const& a, Text (*f)(Text, double), double x);
 
 } // namespace varnow
