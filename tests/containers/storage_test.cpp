@@ -230,4 +230,5 @@ TEST(CellTypes, HaveTheirZerosMissingValuesAndConversions)
     EXPECT_EQ((TtoU<double, Text>(2.5)), "2.500000");
     EXPECT_EQ((TtoU<double, Text>(NAN)), "");
     EXPECT_EQ((TtoU<double, int>(-2.9)), -2);
+    EXPECT_EQ((TtoU<double, int>(NAN)), std::numeric_limits<int>::min());
 }

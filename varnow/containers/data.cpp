@@ -35,7 +35,7 @@ template <> double TtoU<double, double>(double x)
 }
 template <> int TtoU<double, int>(double x)
 {
-    return static_cast<int>(x);
+    return detail::truncated(x);
 }
 
 namespace {
