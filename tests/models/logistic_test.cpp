@@ -63,6 +63,7 @@ TEST_F(Logistic, LikelihoodOverAStrideIsThatOfTheSampledRows)
             expected += std::log1p(std::exp(y.cell[i][0] == 1.0 ? -z : z));
         }
         EXPECT_NEAR(logistic_lcl(X, y, par, stride, 3), expected, 1e-9 * expected) << stride;
+        EXPECT_NEAR(logistic_lcl(X, y, ~par, stride, 1), expected, 1e-9 * expected) << stride;
     }
 }
 
@@ -103,8 +104,10 @@ TEST(LogisticDeathTest, RefusesTargetsAndParametersOfAnotherLength)
                    "matrix logistic_par2(matrix,matrix,int,double)", sizes);
     EXPECT_REFUSAL(logistic_par1(X, y), "MATRIX", "matrix logistic_par1(matrix,matrix)", sizes);
     EXPECT_REFUSAL(logistic_val(X, par), "MATRIX", "matrix mul(matrix,matrix)", sizes);
-    EXPECT_REFUSAL(logistic_lcl(X, full, varnow::ones(3, 1), 0, 1), "MATRIX",
-                   "double logistic_lcl(matrix,matrix,matrix,int,int)",
+    char const* const likelihood = "double logistic_lcl(matrix,matrix,matrix,int,int)";
+    EXPECT_REFUSAL(logistic_lcl(X, full, par, 1, 1), "MATRIX", likelihood, sizes);
+    EXPECT_REFUSAL(logistic_lcl(X, full, ~par, 1, 1), "MATRIX", likelihood, sizes);
+    EXPECT_REFUSAL(logistic_lcl(X, full, varnow::ones(3, 1), 0, 1), "MATRIX", likelihood,
                    "krok probkowania mniejszy od 1");
 }
 

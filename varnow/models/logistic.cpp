@@ -309,7 +309,9 @@ matrix logistic_val(matrix const& X, matrix const& par)
 double logistic_lcl(matrix const& X, matrix const& y, matrix const& par, int stride, int threads)
 {
     char const* const routine = "double logistic_lcl(matrix,matrix,matrix,int,int)";
-    if (!same_rows(X, y) || par.rows != X.cols + 1 || par.cols < 1) {
+    int const n = X.rows, c = X.cols;
+    bool const column = par.rows == c + 1 && par.cols > 0, row = par.rows == 1 && par.cols == c + 1;
+    if (!same_rows(X, y) || !(column || row)) {
         refuse_sizes(routine);
         return __NAN<double>();
     }
@@ -317,7 +319,9 @@ double logistic_lcl(matrix const& X, matrix const& y, matrix const& par, int str
         errormessage("MATRIX", routine, "krok probkowania mniejszy od 1", "");
         return __NAN<double>();
     }
-    int const n = X.rows, c = X.cols;
+    numbers b;
+    for (int j = 0; j <= c; ++j) b.push_back(row ? par.cell[0][j] : par.cell[j][0]);
+    double const* const beta = b.data();
     stride = std::min(stride, std::max(n, 1));
     double total = 0.0;
 #pragma omp parallel num_threads(std::max(threads, 1))
@@ -325,8 +329,8 @@ double logistic_lcl(matrix const& X, matrix const& y, matrix const& par, int str
         double own = 0.0;
 #pragma omp for schedule(static)
         for (int i = 0; i < n; i += stride) {
-            double z = par.cell[c][0];
-            for (int j = 0; j < c; ++j) z += par.cell[j][0] * X.cell[i][j];
+            double z = beta[c];
+            for (int j = 0; j < c; ++j) z += beta[j] * X.cell[i][j];
             double const v = -z, t = y.cell[i][0];
             if (v <= -far || v >= far)
                 own += v > far ? -v * t : (1.0 - t) * v;

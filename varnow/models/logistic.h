@@ -10,11 +10,9 @@ namespace varnow {
 // without names, the intercept last. `logistic_par` and `logistic_par2` maximise the log-likelihood
 // less 0.05 times the sum of squares of all parameters; `logistic_par1` has no such ridge.
 // - threads: asked for each parallel region, 1 when below 1; last bits of a result vary with the
-// order in
-//   which the threads' sums meet
+//   order in which the threads' sums meet
 // - limits: 500 turns, silently. Columns of very different scale are not fitted in that many turns:
-// bring the
-//   columns to mean 0 and variance 1 first. An `eps` as small as 1e-9 can spend the turns on the
+//   bring them to mean 0 and variance 1 first. An `eps` as small as 1e-9 can spend the turns on the
 //   coarse sample of `logistic_par`; 1e-6 is a good choice
 // - NaN in the data, and a gradient of exactly 0 at the start, give NaN parameters
 // - refuse: y of another number of rows, class MATRIX
@@ -33,6 +31,7 @@ VARNOW_API matrix logistic_par1(matrix const& X, matrix const& y);
 /// - refuses: par of another number of rows than c + 1, as `mul` does
 VARNOW_API matrix logistic_val(matrix const& X, matrix const& par);
 /// Minus the log-likelihood over the rows 1, 1 + stride, 1 + 2 stride, ...; lower is better.
+/// - par: a column or a row
 /// - refuses: y or par of another length; stride below 1
 VARNOW_API double logistic_lcl(matrix const& X, matrix const& y, matrix const& par, int stride,
                                int threads);
