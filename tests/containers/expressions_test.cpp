@@ -33,6 +33,20 @@ matrix cell_of(double x)
     return matrix(x);
 }
 
+int sides(matrix const& m)
+{
+    return m.rows;
+}
+
+TEST(Expressions, AWholeNumberGivenForAMatrixIsItsOnlyCellAndNeverASizeOrALiteral)
+{
+    EXPECT_EQ(sides(0), 1);
+    EXPECT_EQ(sides(3), 1);
+    EXPECT_EQ(sides(matrix(3)), 3);
+    matrix const m = 7;
+    EXPECT_EQ(m(1), 7.0);
+}
+
 TEST(Expressions, ArithmeticTakesNumbersOfEveryTypeOnEitherSide)
 {
     matrix const m = c(2.0, 3.0);

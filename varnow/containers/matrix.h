@@ -22,6 +22,12 @@ public:
     matrix(int r, int c) : data<double>(r, c) {}
     /// 1 by 1.
     matrix(double x);
+    /// The same for a whole number given where a matrix is expected, 0 included, which is no
+    /// literal.
+    template <class S, std::enable_if_t<std::is_same<S, int>::value, int> = 0>
+    matrix(S x) : matrix(static_cast<double>(x))
+    {
+    }
     /// A literal such as "1 2 3; 4 5 6": blanks between numbers, ";" between rows, a decimal comma
     /// is accepted. Cells that a shorter last row leaves out are 0.
     /// - refuses: rows of different length (a last row that is longer); an element above 255
