@@ -1,6 +1,7 @@
 # varnow_add_test(NAME PROGRAM ARGUMENT...): a test that runs a program built here. Standard input
 # is empty, so that the pause of a refusal cannot wait. Programs for Windows run under Wine, in a
-# prefix of the build's own.
+# prefix of the build's own. WRITES FILE names what the program writes at its end: a refusal ends it
+# early with status 0, which must not pass.
 set(VARNOW_TEST_ENVIRONMENT GTEST_BRIEF=1 LC_ALL=C.UTF-8)
 if(CMAKE_CROSSCOMPILING AND WIN32)
     list(APPEND VARNOW_TEST_ENVIRONMENT
@@ -29,9 +30,13 @@ if(CMAKE_CROSSCOMPILING AND WIN32)
 endif()
 
 function(varnow_add_test name program)
-    cmake_parse_arguments(PARSE_ARGV 2 arg "" "WORKING_DIRECTORY" "")
+    cmake_parse_arguments(PARSE_ARGV 2 arg "" "WORKING_DIRECTORY;WRITES" "")
+    set(run "exec \"$@\" </dev/null")
+    if(arg_WRITES)
+        set(run "rm -f '${arg_WRITES}'; \"$@\" </dev/null && test -s '${arg_WRITES}'")
+    endif()
     add_test(NAME ${name}
-        COMMAND sh -c "exec \"$@\" </dev/null" sh
+        COMMAND sh -c "${run}" sh
             ${CMAKE_CROSSCOMPILING_EMULATOR} ${program} ${arg_UNPARSED_ARGUMENTS}
         WORKING_DIRECTORY ${arg_WORKING_DIRECTORY})
     set_tests_properties(${name} PROPERTIES

@@ -1,4 +1,5 @@
 #include <tests/support/folder.h>
+#include <tests/support/number.h>
 #include <tests/support/refusal.h>
 
 #include <varnow/containers/matrix.h>
@@ -9,7 +10,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>

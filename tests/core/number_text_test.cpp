@@ -1,4 +1,6 @@
 // Numbers to texts and back, against the C library.
+#include <tests/support/number.h>
+
 #include <varnow/core/format.h>
 #include <varnow/core/parse.h>
 #include <varnow/core/text.h>
@@ -10,7 +12,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -50,7 +51,7 @@ double of_bits(std::uint64_t b)
 
 void expect_read_as_by_the_c_library(std::string const& s)
 {
-    double const expected = std::strtod(s.c_str(), nullptr);
+    double const expected = test::standard_atof(s.c_str());
     double const got = detail::parse_double(s.data(), s.data() + s.size());
     if (std::isnan(expected))
         EXPECT_TRUE(std::isnan(got)) << s;
@@ -152,6 +153,10 @@ TEST(NumberText, ReadsEveryNumberAsTheCLibraryDoes)
                           "-0",
                           "+7",
                           "+-7",
+                          "--7",
+                          "-x",
+                          "-ix",
+                          "1d5",
                           " \t\n\v\f\r12",
                           "1.",
                           ".5",
@@ -207,8 +212,6 @@ TEST(NumberText, ReadsEveryNumberAsTheCLibraryDoes)
                           "100000000000000016777215",
                           "100000000000000016777216"})
         expect_read_as_by_the_c_library(s);
-    char const two_signs[] = "--7"; // where C libraries differ in the sign of the zero
-    EXPECT_EQ(detail::parse_double(two_signs, two_signs + 3), 0);
     char buffer[400];
     int i = 0;
     for (double x : samples()) {

@@ -1,16 +1,16 @@
 #include <varnow/containers/data.h>
 
 #include <varnow/containers/storage.h>
+#include <varnow/core/parse.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 namespace varnow {
 
 template <> double StoT<double>(char const* s)
 {
-    return std::atof(s);
+    return detail::parse_by_c_library(s);
 }
 
 template <> Text TtoU<Text, Text>(Text x)

@@ -175,8 +175,6 @@ bool parse_plain(char const* begin, char const* end, bool comma, double& x, char
         return true;
     }
 
-    // To the C library of Windows a "d" is an exponent too.
-    if (p < end && (*p | 32) == 'd') return false;
     std::ptrdiff_t exponent = 0;
     if (p < end && (*p == 'e' || *p == 'E')) {
         char const* q = p + 1;
@@ -204,13 +202,21 @@ bool parse_plain(char const* begin, char const* end, bool comma, double& x, char
     return true;
 }
 
+double parse_by_c_library(char const* s)
+{
+    char* end;
+    double const x = std::strtod(s, &end);
+    // Where there is no number, some libraries give a sign to the zero.
+    return end == s ? 0.0 : x;
+}
+
 double parse_double(char const* begin, char const* end, bool comma)
 {
     double x;
     if (point_locale() && parse_plain(begin, end, comma, x)) return x;
     std::string copy(begin, end);
     if (comma) std::replace(copy.begin(), copy.end(), ',', '.');
-    return std::strtod(copy.c_str(), nullptr);
+    return parse_by_c_library(copy.c_str());
 }
 
 } // namespace detail

@@ -18,7 +18,11 @@ inline bool parse_plain(char const* begin, char const* end, bool comma, double& 
     return parse_plain(begin, end, comma, x, end);
 }
 
-/// What atof gives for the text, in the current locale. With `comma` every "," is first made a ".".
+/// What atof gives by the C standard, in the current locale. The one of Windows knows neither
+/// infinities nor NaN, and takes a "d" for an exponent.
+VARNOW_API double parse_by_c_library(char const* s);
+
+/// The same for the text from `begin` to `end`. With `comma` every "," is first made a ".".
 VARNOW_API double parse_double(char const* begin, char const* end, bool comma = false);
 
 } // namespace detail

@@ -276,7 +276,7 @@ double ttod(Text const& x)
     double number;
     if (detail::parse_plain(x.str, x.str + x.len, true, number, detail::readable_end(x)))
         return number;
-    return std::strtod((point == "." ? com2dot(x) : dot2com(x)).str, nullptr);
+    return detail::parse_by_c_library((point == "." ? com2dot(x) : dot2com(x)).str);
 }
 
 Text replace(Text const& x, char a, char b)
