@@ -70,7 +70,8 @@ double clock_seconds()
 {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec / 1000) / 1000000.0;
+    auto const microseconds = now.tv_nsec / 1000;
+    return static_cast<double>(now.tv_sec) + static_cast<double>(microseconds) / 1000000.0;
 }
 
 void sleep_seconds(int seconds)
