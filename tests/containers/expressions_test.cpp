@@ -71,6 +71,8 @@ TEST(Expressions, ArithmeticTakesNumbersOfEveryTypeOnEitherSide)
         {"min(2.5f, m)", min(2.5f, m), 2, 2.5},
         {"pow(m, 2)", pow(m, 2), 4, 9},
         {"pow(m, 2.0)", pow(m, 2.0), 4, 9},
+        {"pow(m, 2.0f)", pow(m, 2.0f), 4, 9},
+        {"pow(m, 2L)", pow(m, two), 4, 9},
         {"m + m(1, 1)", m + m(1, 1), 4, 5},
         {"m * m - m", m * m - m, 2, 6},
         {"abs(-m)", abs(-m), 2, 3},

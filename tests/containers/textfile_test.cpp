@@ -144,6 +144,7 @@ TEST(ReadTxt, FollowsTheFieldMachineByteByByte)
         {"no last line end", "1;2\n3;4", {}, "1x2"},
         {"one line without an end", "1;2", {}, "0x0"},
         {"header without an end", "a;b", {1, 1}, "0x0"},
+        {"long header without an end", std::string(300, 'x'), {0, 1}, "0x0"},
         {"decimal comma", "1,5;2\n,5;-1,25\n", {}, "2x2"},
         {"comma as separator", "1,5,2\n", {0, 0, 0, ','}, "1x3"},
         {"carriage returns anywhere", "\r1\r2;\r\r\n\r;3\r\n", {}, "2x2"},

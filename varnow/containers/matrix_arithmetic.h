@@ -80,6 +80,10 @@ VARNOW_API matrix floor(matrix const& a);
 VARNOW_API matrix pow(matrix const& a, double p);
 /// Integer power by repeated squaring.
 VARNOW_API matrix pow(matrix const& a, int n);
+template <class S, detail::if_number<S> = 0> matrix pow(matrix const& a, S p)
+{
+    return pow(a, static_cast<double>(p));
+}
 VARNOW_API matrix forall(matrix const& a, double (*f)(double));
 VARNOW_API matrix forall(matrix const& a, double (*f)(double, double), double x);
 /// Scaled to unit sum, as the member `norm`.

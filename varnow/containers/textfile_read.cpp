@@ -463,11 +463,13 @@ int data<T>::readtxt(char const* name, int show, int rownames, int header, int q
         return 1;
     };
     auto not_opened = [&] { return fatal ? refuse("nieudane otwarcie pliku do odczytu") : 1; };
-    line_format const format = {rownames != 0, header >= 1, sep == '\r' ? '\n' : sep,
-                                quotes && sep != '"' ? '"' : no_char};
+    line_format format = {rownames != 0, header >= 1, sep == '\r' ? '\n' : sep,
+                          quotes && sep != '"' ? '"' : no_char};
 
     file_shape const shape = measure(source, format.sep);
     if (source.failed()) return not_opened();
+    // What no line end closes is no header either.
+    if (shape.lines == 0) format.header = 0;
     if (shape.bad_line)
         return refuse("zmienna liczba elementow w wierszu: " +
                       Text(std::to_string(shape.bad_line)));
