@@ -1,0 +1,119 @@
+// Internal: a column as numbers of its distinct cells, and rows brought together by such numbers.
+#pragma once
+
+#include <varnow/containers/line.h>
+#include <varnow/containers/matrix.h>
+#include <varnow/containers/position_table.h>
+#include <varnow/containers/sort_engine.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace varnow::detail {
+
+/// Row i holds the distinct cell number code[i], which stands first in row first[code[i]]. The code
+/// of a NaN, which equals nothing, is -1.
+struct factor
+{
+    std::vector<int> code;
+    std::vector<int> first;
+
+    int levels() const { return static_cast<int>(first.size()); }
+
+    /// Level order[k] becomes level k.
+    void renumber(std::vector<int> const& order)
+    {
+        std::vector<int> rank(first.size()), moved(first.size());
+        for (int k = 0; k < levels(); ++k) {
+            rank[order[k]] = k;
+            moved[k] = first[order[k]];
+        }
+        for (int& c : code)
+            if (c >= 0) c = rank[c];
+        first.swap(moved);
+    }
+};
+
+inline hash_word hash_of(std::int64_t x)
+{
+    std::uint64_t const bits =
+        hash_fold(static_cast<std::uint64_t>(x) ^ 0x8a91a6d40bf42040u, 0xd6e8feb86659fd93u);
+    return static_cast<hash_word>(bits >> 32 ^ bits);
+}
+
+/// Of the cells at(0) to at(n - 1), levels in the order of their first appearance.
+template <class At> factor factor_of(At at, int n)
+{
+    factor f;
+    f.code.resize(n);
+    position_table seen;
+    for (int i = 0; i < n; ++i) {
+        auto const& x = at(i);
+        if constexpr (std::is_same<std::decay_t<decltype(x)>, double>::value)
+            if (x != x) {
+                f.code[i] = -1;
+                continue;
+            }
+        int const k = seen.find_or_add(hash_of(x), f.levels(),
+                                       [&](int level) { return at(f.first[level]) == x; });
+        f.code[i] = k < 0 ? f.levels() : k;
+        if (k < 0) f.first.push_back(i);
+    }
+    return f;
+}
+template <class T> factor factor_of(line<T const> const& x)
+{
+    return factor_of([&x](int i) -> T const& { return x[i]; }, x.n);
+}
+
+/// Levels ascending by the order of Text.
+inline factor sorted_factor(line<Text const> const& x)
+{
+    factor f = factor_of(x);
+    std::vector<Text const*> keys;
+    for (int i : f.first) keys.push_back(&x[i]);
+    std::vector<int> order(keys.size());
+    sorted_positions(keys.data(), f.levels(), Ascending, order.data());
+    f.renumber(order);
+    return f;
+}
+
+/// Values of a column with the rows of a level side by side, in their order.
+class gathered
+{
+public:
+    explicit gathered(factor const& f) : start_(f.first.size() + 1), place_(f.code.size())
+    {
+        for (int c : f.code) ++start_[c + 1];
+        for (std::size_t g = 1; g < start_.size(); ++g) start_[g] += start_[g - 1];
+        std::vector<int> next(start_.begin(), start_.end() - 1);
+        for (std::size_t i = 0; i < place_.size(); ++i) place_[i] = next[f.code[i]]++;
+    }
+
+    /// Where the first row of a level stands, and where row i stands.
+    int start(int level) const { return start_[level]; }
+    int place(int i) const { return place_[i]; }
+    int count(int level) const { return start_[level + 1] - start_[level]; }
+
+    /// Number at(i) of every row i in its place.
+    template <class At> std::vector<double> values(At at) const
+    {
+        std::vector<double> v(place_.size());
+        for (std::size_t i = 0; i < place_.size(); ++i) v[place_[i]] = at(static_cast<int>(i));
+        return v;
+    }
+
+    /// The values of a level, gathered by `values`, as one column.
+    void put(std::vector<double> const& values, int level, matrix& column) const
+    {
+        column.resize(count(level), 1);
+        for (int i = 0; i < column.rows; ++i) column.cell[i][0] = values[start_[level] + i];
+    }
+
+private:
+    std::vector<int> start_;
+    std::vector<int> place_;
+};
+
+} // namespace varnow::detail
