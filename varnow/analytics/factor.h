@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <type_traits>
 #include <vector>
 
 namespace varnow::detail {
@@ -79,32 +80,35 @@ inline factor sorted_factor(line<Text const> const& x)
     return f;
 }
 
-/// Values of a column with the rows of a level side by side, in their order.
+/// The rows of each level side by side, in their order. Refers to the codes of the factor, none of
+/// which may be -1.
 class gathered
 {
 public:
-    explicit gathered(factor const& f) : start_(f.first.size() + 1), place_(f.code.size())
+    explicit gathered(factor const& f) : code_(f.code), start_(f.first.size() + 1)
     {
-        for (int c : f.code) ++start_[c + 1];
+        for (int c : code_) ++start_[c + 1];
         for (std::size_t g = 1; g < start_.size(); ++g) start_[g] += start_[g - 1];
-        std::vector<int> next(start_.begin(), start_.end() - 1);
-        for (std::size_t i = 0; i < place_.size(); ++i) place_[i] = next[f.code[i]]++;
     }
 
-    /// Where the first row of a level stands, and where row i stands.
+    /// Where the first row of a level stands, and how many rows it has.
     int start(int level) const { return start_[level]; }
-    int place(int i) const { return place_[i]; }
     int count(int level) const { return start_[level + 1] - start_[level]; }
 
-    /// Number at(i) of every row i in its place.
-    template <class At> std::vector<double> values(At at) const
+    /// at(i) of every row i, in its place.
+    template <class At> auto values(At at) const
     {
-        std::vector<double> v(place_.size());
-        for (std::size_t i = 0; i < place_.size(); ++i) v[place_[i]] = at(static_cast<int>(i));
+        std::vector<int> next(start_.begin(), start_.end() - 1);
+        std::vector<std::decay_t<decltype(at(0))>> v(code_.size());
+        for (std::size_t i = 0; i < v.size(); ++i) v[next[code_[i]]++] = at(static_cast<int>(i));
         return v;
     }
+    std::vector<int> rows() const
+    {
+        return values([](int i) { return i; });
+    }
 
-    /// The values of a level, gathered by `values`, as one column.
+    /// Those of the values that belong to a level, as one column.
     void put(std::vector<double> const& values, int level, matrix& column) const
     {
         column.resize(count(level), 1);
@@ -112,8 +116,8 @@ public:
     }
 
 private:
+    std::vector<int> const& code_;
     std::vector<int> start_;
-    std::vector<int> place_;
 };
 
 } // namespace varnow::detail

@@ -117,7 +117,7 @@ public:
                     Text const& f8 = Text(), statistic g8 = nullptr, Text const& f9 = Text(),
                     statistic g9 = nullptr, Text const& f10 = Text(),
                     statistic g10 = nullptr) const;
-    /// One step of `summarise`: adds a formula's column to a key table, from its result.rows groups.
+    /// One step of `summarise`: adds the column of a formula to a key table of result.rows groups.
     static void summarise_stp(table& result, table const* groups, Text const& formula, statistic g);
 };
 
