@@ -1,6 +1,8 @@
 // Every public header of the library.
 #pragma once
 
+#include <varnow/analytics/grouping.h>
+#include <varnow/analytics/pivot.h>
 #include <varnow/containers/compare.h>
 #include <varnow/containers/compress.h>
 #include <varnow/containers/data.h>

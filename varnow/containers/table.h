@@ -87,6 +87,38 @@ public:
     {
         sortval(name, static_cast<Direction>(d), by_column);
     }
+
+    // Groups of rows by the texts of key columns (analytics/grouping.h, which shows how to go over
+    // the groups). Columns are found without regard to case.
+    using statistic = matrix (*)(matrix const&);
+
+    /// The rows of each group, in the order of the levels of the key: keys.rows tables, each with
+    /// the names of this table, in an array of the caller's, who releases it by `delete[]`.
+    /// - keys: receives a row for each group; its column bears the key column's name
+    /// - refuses: a column that is not there; in `levels`, a table without rows
+    table* group_by(Text const& col, table& keys) const;
+    /// The same by the columns named in a row of labels, as `c("sex", "year")`. Groups stand in the
+    /// order of the levels, those of the first key varying fastest; combinations that occur in no
+    /// row have no group. Without names all rows, if any, are one group.
+    /// - refuses: names that are not a row; and, key by key, as above
+    table* group_by(table const& names, table& keys) const;
+    /// The key table of that, with a column for each formula NAME=LABEL(COLUMN), where LABEL is for
+    /// the reader only: column NAME holds, as `dtot(value, 0)` writes it, what the function gives
+    /// for the numbers of COLUMN in each group, a matrix of one column. An empty cell is 0 there
+    /// and counts. Pairs with an empty formula are skipped.
+    /// - refuses: names that are not a row; as `group_by`; and for each formula in turn: one whose
+    ///   first "=", first "(" and first ")" do not stand in this order; a null function; a column
+    ///   that is not there; in the conversion of a matrix, a result that is not 1 by 1
+    table summarise(table const& names, Text const& f1 = Text(), statistic g1 = nullptr,
+                    Text const& f2 = Text(), statistic g2 = nullptr, Text const& f3 = Text(),
+                    statistic g3 = nullptr, Text const& f4 = Text(), statistic g4 = nullptr,
+                    Text const& f5 = Text(), statistic g5 = nullptr, Text const& f6 = Text(),
+                    statistic g6 = nullptr, Text const& f7 = Text(), statistic g7 = nullptr,
+                    Text const& f8 = Text(), statistic g8 = nullptr, Text const& f9 = Text(),
+                    statistic g9 = nullptr, Text const& f10 = Text(),
+                    statistic g10 = nullptr) const;
+    /// One step of `summarise`: adds the column of a formula to a key table of result.rows groups.
+    static void summarise_stp(table& result, table const* groups, Text const& formula, statistic g);
 };
 
 namespace detail {
