@@ -572,12 +572,7 @@ int number_of(matrix const& m)
     return k >= 0 && shown_object(m) == shown_object(numbered(k)) ? k : -1;
 }
 
-// Files are slow under an emulated Windows.
-#if defined(_WIN32)
-int const hand_overs = 10;
-#else
-int const hand_overs = 150;
-#endif
+int const hand_overs = 100;
 
 // Runs both jobs at once, the second one in a process of its own where processes can be forked;
 // each returns whether all was well.

@@ -8,11 +8,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace varnow {
@@ -137,7 +139,12 @@ std::string underscored(std::string name)
 
 template <class F> void until(F succeeds, int wait)
 {
-    while (!succeeds()) sleep(wait);
+    while (!succeeds()) {
+        if (wait > 0)
+            sleep(wait);
+        else // on Windows those who try without a pause keep the file from each other
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 // Puts a file in its place. When it is gone, another process has moved it there.
