@@ -89,7 +89,7 @@ template <class A> std::string expected_object(std::string bytes, options const&
                 if (fields == 0) rows += "\n" + (is_name ? "" : shown(Text()));
                 if (fields > 0 || !is_name) rows += "|";
                 if (numbers && !is_name)
-                    rows += field.empty() ? "missing" : shown(std::atof(field.c_str()));
+                    rows += field.empty() ? "missing" : shown(test::standard_atof(field.c_str()));
                 else
                     rows += shown(Text(until_zero));
             }
@@ -402,9 +402,11 @@ TEST(TextFiles, ShowProgressOnlyWhenAsked)
     }
 }
 
-#if !defined(_WIN32)
 TEST(ReadTxt, ReadsAPipe)
 {
+#if defined(_WIN32)
+    GTEST_SKIP() << "a folder holds no pipes here";
+#else
     folder const files;
     std::string const pipe = files.path("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -416,8 +418,8 @@ TEST(ReadTxt, ReadsAPipe)
     writer.join();
     EXPECT_EQ(t.rows, 200000);
     EXPECT_EQ(t(200000, 1), "199999");
-}
 #endif
+}
 
 TEST(WriteTxt, WritesEveryFieldInItsForm)
 {
@@ -672,8 +674,9 @@ TEST(HandOver, WaitsForWhatIsInTheWay)
     files.make_folder("x.txt/in the way");
     std::thread writer([&] { m.ulwritetxt(file.c_str(), 0, 0, 0, 0, ';', '.', 0); });
     EXPECT_TRUE(comes_true_soon([&] { return files.holds("_x.txt"); }));
+    // Where a file that is being moved cannot be opened, that takes several attempts.
     matrix held;
-    EXPECT_EQ(read(held, files.path("_x.txt")), 0);
+    held.sreadtxt(files.path("_x.txt").c_str(), 0, 0, 0, 0, ';', 0);
     EXPECT_EQ(number_of(held), 5);
     std::filesystem::remove_all(file);
     writer.join();
