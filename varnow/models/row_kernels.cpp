@@ -67,7 +67,7 @@ CLONES void weigh(int count, double const* z, double const* s, double const* pow
         double const p = 1.0 / (power[i] + 1.0);
         double const curved = power[i] * p * p;
         pull[i] = z[i] * s[i] < far ? s[i] * p : 0.0;
-        weight[i] = (z[i] >= far) | (z[i] <= -far) ? 0.0 : curved;
+        weight[i] = ((z[i] >= far) | (z[i] <= -far)) ? 0.0 : curved;
     }
 }
 

@@ -239,6 +239,7 @@ struct place
 std::vector<place> places(int n, std::vector<double> const& p)
 {
     std::vector<place> at;
+    at.reserve(p.size());
     for (double pk : p) at.emplace_back(n, pk);
     return at;
 }
