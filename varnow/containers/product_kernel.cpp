@@ -355,10 +355,12 @@ void product(sum how, int m, int n, int depth, factor a, factor b, double* const
 }
 
 // The panels of columns, packed once, serve as both operands.
-void crossproduct(double const* const* rows, int n, int k, double const* shift, double* const* c)
+void crossproduct(double const* const* rows, int n, int own, double const* shift, double* const* c,
+                  std::initializer_list<double const* const*> beside)
 {
     constexpr int deep = 64;
     machine const& cpu = this_machine();
+    int const k = own + static_cast<int>(beside.size());
     int const width = cpu.cols(), side = blocks(k, width) * width;
     ptrdiff_t const line = side;
     work_space const sums(line * side), packed(line * deep);
@@ -367,13 +369,19 @@ void crossproduct(double const* const* rows, int n, int k, double const* shift, 
     for (int r = 0; r < n; r += deep) {
         int const depth = std::min(deep, n - r);
         for (int j = 0; j < k; j += width) {
-            int const count = std::min(width, k - j);
+            int const count = std::max(0, std::min(width, own - j));
             if (shift)
                 pack_along(rows, j, count, width, r, depth, packed + j * deep,
                            [from = shift + j](double x, int l) { return x - from[l]; });
             else
                 pack_along(rows, j, count, width, r, depth, packed + j * deep,
                            [](double x, int) { return x; });
+        }
+        int bound = own;
+        for (double const* const* column : beside) {
+            double* out = packed + (bound / width * deep * width + bound % width);
+            for (int i = r; i < r + depth; ++i, out += width) *out = column ? column[i][0] : 1;
+            ++bound;
         }
         for (int j = 0; j < k; j += width)
             for (int i = 0; i < std::min(k, j + width); i += cpu.rows) {

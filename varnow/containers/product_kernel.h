@@ -6,6 +6,7 @@
 #include <varnow/core/export.h>
 
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 
 namespace varnow::detail {
@@ -29,9 +30,11 @@ void product(sum how, int m, int n, int depth, factor a, factor b, double* const
              part wanted = part::all);
 
 /// c[i][j] = sum over the n rows of (row[i] - shift[i]) * (row[j] - shift[j]) for all i, j < k; a
-/// null shift is none.
+/// null shift is none. Columns beside them follow as if bound to their right, unshifted: the first
+/// cell of each row, or ones where the pointer is null.
 VARNOW_API void crossproduct(double const* const* rows, int n, int k, double const* shift,
-                             double* const* c);
+                             double* const* c,
+                             std::initializer_list<double const* const*> beside = {});
 
 /// Copies the n by n cells above the diagonal to those below.
 void mirror(double* const* c, int n);
