@@ -26,6 +26,7 @@
 #include <varnow/numerics/fitting.h>
 #include <varnow/numerics/minimise.h>
 #include <varnow/numerics/regression.h>
+#include <varnow/numerics/smoothing.h>
 #include <varnow/numerics/solve.h>
 #include <varnow/numerics/statistics.h>
 #include <varnow/numerics/univariate.h>

@@ -82,10 +82,10 @@ VARNOW_INLINE void some_vecs(int vecs, int depth, double const* a, ptrdiff_t a_s
 }
 
 template <class V>
-VARNOW_INLINE void panel_tile(int depth, double const* row, double const* panel, double* s)
+VARNOW_INLINE void panel_tile(int depth, double const* row, double const* panel, ptrdiff_t step,
+                              double* s)
 {
-    constexpr int width = panel_vecs * sizeof(V) / sizeof(double);
-    tile<V, 1, panel_vecs>(depth, row, 1, panel, width, &s, 0);
+    tile<V, 1, panel_vecs>(depth, row, 1, panel, step, &s, 0);
 }
 
 VARNOW_INLINE void multiple(int n, double x, double const* __restrict from, double* __restrict to)
@@ -122,7 +122,7 @@ struct machine
     int rows;
     void (*tile)(int, int, double const*, ptrdiff_t, double const*, ptrdiff_t, double* const*,
                  ptrdiff_t);
-    void (*panel)(int, double const*, double const*, double*);
+    void (*panel)(int, double const*, double const*, ptrdiff_t, double*);
     void (*multiple)(int, double, double const*, double*);
     void (*projection)(int, double const*, double const*, double const*, double*, double*);
 
@@ -134,8 +134,9 @@ struct machine
     TARGET void name##_tile(int vecs, int depth, double const* a, ptrdiff_t a_step, double const* b,   \
                             ptrdiff_t b_step, double* const* c, ptrdiff_t first)                       \
     { some_vecs<V, ROWS>(vecs, depth, a, a_step, b, b_step, c, first); }                               \
-    TARGET void name##_panel(int depth, double const* row, double const* panel, double* s)             \
-    { panel_tile<V>(depth, row, panel, s); }                                                           \
+    TARGET void name##_panel(int depth, double const* row, double const* panel, ptrdiff_t step,        \
+                             double* s)                                                                \
+    { panel_tile<V>(depth, row, panel, step, s); }                                                     \
     TARGET void name##_multiple(int n, double x, double const* from, double* to)                       \
     { multiple(n, x, from, to); }                                                                      \
     TARGET void name##_projection(int n, double const* x, double const* d, double const* y,            \
@@ -419,7 +420,12 @@ int panel_width()
 
 void add_panel(int depth, double const* row, double const* panel, double* s)
 {
-    this_machine().panel(depth, row, panel, s);
+    this_machine().panel(depth, row, panel, panel_width(), s);
+}
+
+void add_windows(int depth, double const* w, double const* x, double* s)
+{
+    this_machine().panel(depth, w, x, 1, s);
 }
 
 void project_panel(int n, double const* x, double const* d, double const* y, double* panel,

@@ -46,6 +46,8 @@ void add_multiple(int n, double x, double const* from, double* to);
 int panel_width();
 /// s[c] += row[k] * panel[k * panel_width() + c] for k < depth.
 void add_panel(int depth, double const* row, double const* panel, double* s);
+/// s[c] += w[k] * x[k + c] for k < depth and c < panel_width().
+void add_windows(int depth, double const* w, double const* x, double* s);
 
 /// Row i of the panel loses x[i] * d, and then next_d gains y[i] times what is left, for i < n.
 void project_panel(int n, double const* x, double const* d, double const* y, double* panel,
