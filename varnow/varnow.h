@@ -22,6 +22,7 @@
 #include <varnow/core/text.h>
 #include <varnow/core/textutils.h>
 #include <varnow/models/discrimination.h>
+#include <varnow/models/linear.h>
 #include <varnow/models/logistic.h>
 #include <varnow/numerics/fitting.h>
 #include <varnow/numerics/minimise.h>
