@@ -22,9 +22,12 @@
 #include <varnow/core/text.h>
 #include <varnow/core/textutils.h>
 #include <varnow/models/discrimination.h>
+#include <varnow/models/linear.h>
 #include <varnow/models/logistic.h>
 #include <varnow/numerics/fitting.h>
 #include <varnow/numerics/minimise.h>
+#include <varnow/numerics/regression.h>
+#include <varnow/numerics/smoothing.h>
 #include <varnow/numerics/solve.h>
 #include <varnow/numerics/statistics.h>
 #include <varnow/numerics/univariate.h>

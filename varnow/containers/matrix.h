@@ -149,6 +149,10 @@ public:
     /// first min(rows, cols) rows take part.
     void orthonorm();
 
+    // The sweep operator (regression.h) on pivots first to last of a symmetric object, names kept.
+    void linreg_sweep(int first, int last);
+    void linreg_sweep_c(int first, int last, matrix const& cond, int ycol);
+
     /// A text dump inside an open stream: sizes, column names, then row name and cells of each row
     /// with six decimals, which is the precision that survives.
     void writebin(FILE* f) const;

@@ -82,10 +82,10 @@ VARNOW_INLINE void some_vecs(int vecs, int depth, double const* a, ptrdiff_t a_s
 }
 
 template <class V>
-VARNOW_INLINE void panel_tile(int depth, double const* row, double const* panel, double* s)
+VARNOW_INLINE void panel_tile(int depth, double const* row, double const* panel, ptrdiff_t step,
+                              double* s)
 {
-    constexpr int width = panel_vecs * sizeof(V) / sizeof(double);
-    tile<V, 1, panel_vecs>(depth, row, 1, panel, width, &s, 0);
+    tile<V, 1, panel_vecs>(depth, row, 1, panel, step, &s, 0);
 }
 
 VARNOW_INLINE void multiple(int n, double x, double const* __restrict from, double* __restrict to)
@@ -122,7 +122,7 @@ struct machine
     int rows;
     void (*tile)(int, int, double const*, ptrdiff_t, double const*, ptrdiff_t, double* const*,
                  ptrdiff_t);
-    void (*panel)(int, double const*, double const*, double*);
+    void (*panel)(int, double const*, double const*, ptrdiff_t, double*);
     void (*multiple)(int, double, double const*, double*);
     void (*projection)(int, double const*, double const*, double const*, double*, double*);
 
@@ -134,8 +134,9 @@ struct machine
     TARGET void name##_tile(int vecs, int depth, double const* a, ptrdiff_t a_step, double const* b,   \
                             ptrdiff_t b_step, double* const* c, ptrdiff_t first)                       \
     { some_vecs<V, ROWS>(vecs, depth, a, a_step, b, b_step, c, first); }                               \
-    TARGET void name##_panel(int depth, double const* row, double const* panel, double* s)             \
-    { panel_tile<V>(depth, row, panel, s); }                                                           \
+    TARGET void name##_panel(int depth, double const* row, double const* panel, ptrdiff_t step,        \
+                             double* s)                                                                \
+    { panel_tile<V>(depth, row, panel, step, s); }                                                     \
     TARGET void name##_multiple(int n, double x, double const* from, double* to)                       \
     { multiple(n, x, from, to); }                                                                      \
     TARGET void name##_projection(int n, double const* x, double const* d, double const* y,            \
@@ -355,10 +356,12 @@ void product(sum how, int m, int n, int depth, factor a, factor b, double* const
 }
 
 // The panels of columns, packed once, serve as both operands.
-void crossproduct(double const* const* rows, int n, int k, double const* shift, double* const* c)
+void crossproduct(double const* const* rows, int n, int own, double const* shift, double* const* c,
+                  std::initializer_list<double const* const*> beside)
 {
     constexpr int deep = 64;
     machine const& cpu = this_machine();
+    int const k = own + static_cast<int>(beside.size());
     int const width = cpu.cols(), side = blocks(k, width) * width;
     ptrdiff_t const line = side;
     work_space const sums(line * side), packed(line * deep);
@@ -367,13 +370,19 @@ void crossproduct(double const* const* rows, int n, int k, double const* shift, 
     for (int r = 0; r < n; r += deep) {
         int const depth = std::min(deep, n - r);
         for (int j = 0; j < k; j += width) {
-            int const count = std::min(width, k - j);
+            int const count = std::max(0, std::min(width, own - j));
             if (shift)
                 pack_along(rows, j, count, width, r, depth, packed + j * deep,
                            [from = shift + j](double x, int l) { return x - from[l]; });
             else
                 pack_along(rows, j, count, width, r, depth, packed + j * deep,
                            [](double x, int) { return x; });
+        }
+        int bound = own;
+        for (double const* const* column : beside) {
+            double* out = packed + (bound / width * deep * width + bound % width);
+            for (int i = r; i < r + depth; ++i, out += width) *out = column ? column[i][0] : 1;
+            ++bound;
         }
         for (int j = 0; j < k; j += width)
             for (int i = 0; i < std::min(k, j + width); i += cpu.rows) {
@@ -411,7 +420,12 @@ int panel_width()
 
 void add_panel(int depth, double const* row, double const* panel, double* s)
 {
-    this_machine().panel(depth, row, panel, s);
+    this_machine().panel(depth, row, panel, panel_width(), s);
+}
+
+void add_windows(int depth, double const* w, double const* x, double* s)
+{
+    this_machine().panel(depth, w, x, 1, s);
 }
 
 void project_panel(int n, double const* x, double const* d, double const* y, double* panel,

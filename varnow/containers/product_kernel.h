@@ -6,6 +6,7 @@
 #include <varnow/core/export.h>
 
 #include <cstddef>
+#include <initializer_list>
 #include <memory>
 
 namespace varnow::detail {
@@ -29,9 +30,11 @@ void product(sum how, int m, int n, int depth, factor a, factor b, double* const
              part wanted = part::all);
 
 /// c[i][j] = sum over the n rows of (row[i] - shift[i]) * (row[j] - shift[j]) for all i, j < k; a
-/// null shift is none.
+/// null shift is none. Columns beside them follow as if bound to their right, unshifted: the first
+/// cell of each row, or ones where the pointer is null.
 VARNOW_API void crossproduct(double const* const* rows, int n, int k, double const* shift,
-                             double* const* c);
+                             double* const* c,
+                             std::initializer_list<double const* const*> beside = {});
 
 /// Copies the n by n cells above the diagonal to those below.
 void mirror(double* const* c, int n);
@@ -43,6 +46,8 @@ void add_multiple(int n, double x, double const* from, double* to);
 int panel_width();
 /// s[c] += row[k] * panel[k * panel_width() + c] for k < depth.
 void add_panel(int depth, double const* row, double const* panel, double* s);
+/// s[c] += w[k] * x[k + c] for k < depth and c < panel_width().
+void add_windows(int depth, double const* w, double const* x, double* s);
 
 /// Row i of the panel loses x[i] * d, and then next_d gains y[i] times what is left, for i < n.
 void project_panel(int n, double const* x, double const* d, double const* y, double* panel,
