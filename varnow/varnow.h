@@ -21,7 +21,10 @@
 #include <varnow/core/textutils.h>
 #include <varnow/models/discrimination.h>
 #include <varnow/models/logistic.h>
+#include <varnow/numerics/fitting.h>
+#include <varnow/numerics/minimise.h>
 #include <varnow/numerics/solve.h>
 #include <varnow/numerics/statistics.h>
+#include <varnow/numerics/univariate.h>
 #include <varnow/reports/gplot.h>
 #include <varnow/reports/html.h>

@@ -1,0 +1,273 @@
+#include <varnow/numerics/univariate.h>
+
+#include <varnow/core/messages.h>
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace varnow {
+
+namespace {
+
+using function = double (*)(double);
+
+template <class P> bool missing(P const* pointer, char const* routine)
+{
+    if (pointer) return false;
+    errormessage("FUNCTION", routine, "brak wskaznika", "");
+    return true;
+}
+bool missing(function f, char const* routine)
+{
+    if (f) return false;
+    errormessage("FUNCTION", routine, "brak funkcji", "");
+    return true;
+}
+
+double const no_result = std::numeric_limits<double>::quiet_NaN();
+
+// The closed rule of nine points h apart, given twice h; 4 / 14175 of 989, 5888, -928, ... to the
+// digits with which the results are defined.
+double nine_points(double h2, double const* F)
+{
+    constexpr double w0 = 0.2790828924162, w1 = 1.66151675485, w2 = -0.2618694885362,
+                     w3 = 2.961834215168, w4 = -1.281128747795;
+    return h2 / 2 *
+           (w0 * (F[0] + F[8]) + w1 * (F[1] + F[7]) + w2 * (F[2] + F[6]) + w3 * (F[3] + F[5]) +
+            w4 * F[4]);
+}
+
+double refine(function f, double a, double b, double tol, int level, double const* F, double Qprev)
+{
+    constexpr int deepest = 11;
+    double const h = (b - a) * 0.125;
+    double L[9], R[9];
+    for (int k = 0; k <= 4; ++k) {
+        L[2 * k] = F[k];
+        R[2 * k] = F[4 + k];
+    }
+    double x = a + h / 2;
+    for (double* half : {L, R})
+        for (int k = 1; k < 9; k += 2, x += h) half[k] = f(x);
+    double const Q1 = nine_points(h, L), Q2 = nine_points(h, R), Q = Q1 + Q2;
+    if (!(std::fabs(Q - Qprev) > std::fabs(Q) * tol && level < deepest)) return Q;
+    double const m = (a + b) * 0.5;
+    double const left = refine(f, a, m, tol / 2, level + 1, L, Q1);
+    return left + refine(f, m, b, tol / 2, level + 1, R, Q2);
+}
+
+double sign_of(double x)
+{
+    return x < 0 ? -1.0 : 1.0;
+}
+
+} // namespace
+
+double integral(double (*f)(double), double a, double b, double tol)
+{
+    if (missing(f, "double integral(double (*)(double),double,double,double)")) return no_result;
+    double const h = (b - a) * 0.125;
+    double F[9];
+    double x = a;
+    for (int k = 0; k < 9; ++k, x += h) F[k] = f(x);
+    return refine(f, a, b, tol, 1, F, 1e30);
+}
+
+double quad8stp(double (*f)(double), double a, double b, double tol, int level, double* F,
+                double Qprev)
+{
+    char const* const routine =
+        "double quad8stp(double (*)(double),double,double,double,int,double *,double)";
+    if (missing(f, routine) || missing(F, routine)) return no_result;
+    return refine(f, a, b, tol, level, F, Qprev);
+}
+
+double derivative(double (*f)(double), double x, double tol)
+{
+    if (missing(f, "double derivative(double (*)(double),double,double)")) return no_result;
+    int flag = 1;
+    return rombergdiff(f, x, tol, 0.001, 10, flag);
+}
+
+namespace {
+
+double central_difference(function f, double x, double s)
+{
+    double const above = f(x + s);
+    return (above - f(x - s)) / (s + s);
+}
+
+// One table of extrapolations from the step s on, v being the last of them. True when it ended the
+// search: the last column moved by less than tol, or the flag was 0 from the outset.
+bool romberg_pass(function f, double x, double tol, double s, int& flag, double& v)
+{
+    constexpr int rows = 6;
+    double T[rows + 1];
+    T[0] = central_difference(f, x, s);
+    for (int j = 0; j < rows; ++j) {
+        s *= 0.5;
+        T[j + 1] = central_difference(f, x, s);
+        double m = 1.0;
+        for (int k = j; k >= 0; --k) {
+            m *= 4.0;
+            v = T[k + 1] + (T[k + 1] - T[k]) / (m - 1.0);
+            if (k == 0 && std::fabs(v - T[0]) < tol) flag = 0;
+            T[k] = v;
+            if (flag == 0) return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+double rombergdiff(double (*f)(double), double x, double tol, double h, int maxit, int& flag)
+{
+    if (missing(f, "double rombergdiff(double (*)(double),double,double,double,int,int)"))
+        return no_result;
+    double v = 0.0;
+    long long pass = 1;
+    for (double step = h; !romberg_pass(f, x, tol, step, flag, v) && ++pass <= maxit;) step *= 0.5;
+    // Also after a value that settled in the last pass.
+    if (pass >= maxit) flag = 1;
+    return v;
+}
+
+double fmin(double (*f)(double), double a, double b, double tol)
+{
+    if (missing(f, "double fmin(double (*)(double),double,double,double)")) return no_result;
+    int flag;
+    return fminops(f, a, b, tol, 500, flag);
+}
+
+double fminops(double (*f)(double), double a, double b, double tol, int maxit, int& flag)
+{
+    constexpr double c = 0.3819660112501, seps = 1.4901161193847656e-08;
+    flag = 1;
+    if (missing(f, "double fminops(double (*)(double),double,double,double,int,int)"))
+        return no_result;
+    // The best place, the next best one and the one that this replaced.
+    double xf = a + c * (b - a), w = xf, v = xf;
+    double fx = f(xf), fw = fx, fv = fx;
+    double d = 0.0, e = 0.0;
+    long long n = 1;
+    do {
+        double const xm = (a + b) * 0.5;
+        double const tol1 = seps * std::fabs(xf) + tol / 3, tol2 = 2 * tol1;
+        if (std::fabs(xf - xm) <= tol2 - 0.5 * (b - a)) {
+            flag = 0;
+            return xf;
+        }
+        ++n;
+        bool parabola = std::fabs(e) > tol1;
+        if (parabola) {
+            double const r = (fx - fv) * (xf - w);
+            double q = (fx - fw) * (xf - v);
+            double p = (xf - v) * q - (xf - w) * r;
+            q = 2 * (q - r);
+            if (q > 0) p = -p;
+            q = std::fabs(q);
+            parabola =
+                !(std::fabs(0.5 * q * e) <= std::fabs(p) || p <= q * (a - xf) || p >= q * (b - xf));
+            if (parabola) {
+                e = d;
+                d = p / q;
+                if (xf + d - a < tol2 || b - (xf + d) < tol2) d = sign_of(xm - xf) * tol1;
+            }
+        }
+        if (!parabola) {
+            e = xm <= xf ? a - xf : b - xf;
+            d = c * e;
+        }
+        double const step = std::fabs(d);
+        double const x = xf + sign_of(d) * (step > tol1 ? step : tol1);
+        double const fu = f(x);
+        if (fu <= fx) {
+            (x >= xf ? a : b) = xf;
+            v = w, fv = fw;
+            w = xf, fw = fx;
+            xf = x, fx = fu;
+        } else {
+            (x < xf ? a : b) = x;
+            if (fu <= fw || w == xf) {
+                v = w, fv = fw;
+                w = x, fw = fu;
+            } else if (fu <= fv || v == xf || v == w) {
+                v = x, fv = fu;
+            }
+        }
+    } while (n <= maxit);
+    return xf;
+}
+
+namespace {
+
+// Closes in on the change of sign of f between a and b.
+double close_in(function f, double a, double fa, double b, double fb, double tol)
+{
+    double c = b, fc = fb, d = b - a, e = d;
+    while (fb != 0) {
+        if ((fb > 0) == (fc > 0)) {
+            c = a, fc = fa;
+            d = e = b - a;
+        }
+        if (std::fabs(fc) < std::fabs(fb)) {
+            a = b, b = c, c = a;
+            fa = fb, fb = fc, fc = fa;
+        }
+        double const m = 0.5 * (c - b);
+        double const size = std::fabs(b), toler = 2 * tol * (size > 1 ? size : 1);
+        if (std::fabs(m) <= toler || fb == 0) break;
+        bool interpolated = !(std::fabs(e) < toler || std::fabs(fa) <= std::fabs(fb));
+        if (interpolated) {
+            double const s = fb / fa;
+            double p, q;
+            if (a == c) {
+                p = 2 * m * s;
+                q = 1 - s;
+            } else {
+                double const r = fb / fc;
+                q = fa / fc;
+                p = s * (2 * m * q * (q - r) - (b - a) * (r - 1));
+                q = (q - 1) * (r - 1) * (s - 1);
+            }
+            if (p > 0)
+                q = -q;
+            else
+                p = -p;
+            interpolated = 2 * p < 3 * m * q - std::fabs(toler * q) && p < std::fabs(0.5 * e * q);
+            if (interpolated) {
+                e = d;
+                d = p / q;
+            }
+        }
+        if (!interpolated) d = e = m;
+        a = b, fa = fb;
+        if (std::fabs(d) > toler)
+            b += d;
+        else
+            b = b > c ? b - toler : b + toler;
+        fb = f(b);
+    }
+    return b;
+}
+
+} // namespace
+
+double fzero(double (*f)(double), double x, double tol)
+{
+    if (missing(f, "double fzero(double (*)(double),double,double)")) return no_result;
+    double dx = x != 0 ? x / 20 : 0.05;
+    double a = x - dx, fa = f(a);
+    double b = x + dx, fb = f(b);
+    while ((fa > 0) == (fb > 0)) {
+        dx = 2 * dx;
+        a = x - dx, fa = f(a);
+        if ((fa > 0) != (fb > 0)) break;
+        b = x + dx, fb = f(b);
+    }
+    return close_in(f, a, fa, b, fb, tol);
+}
+
+} // namespace varnow
