@@ -4,7 +4,6 @@
 #include "tests/support/refusal.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -43,6 +42,13 @@ double slope_10_of_row(matrix& row, matrix& par, int j)
     return slope_10(row(1), par, j);
 }
 
+// But for the order in which sums meet; a NaN is near NaN.
+void expect_near(double a, double b)
+{
+    EXPECT_TRUE(test::same_bits(a, b) || std::fabs(a - b) <= 1e-13 * std::fabs(b))
+        << a << " against " << b;
+}
+
 // Both forms of every measure, on columns.
 struct Measured
 {
@@ -53,13 +59,8 @@ Measured measured(matrix const& X, matrix const& y, EsType type, int j = 1)
     matrix par(0.0);
     double const error = err_fit(X, y, itself, par, type);
     double const slope = derr_fit(X, y, itself, slope_10, par, j, type);
-    EXPECT_NEAR(err_fit(X, y, itself_of_row, par, type), error, 1e-13 * std::fabs(error));
-    double const of_row = derr_fit(X, y, itself_of_row, slope_10_of_row, par, j, type);
-    if (std::isfinite(slope)) {
-        EXPECT_NEAR(of_row, slope, 1e-13 * std::fabs(slope));
-    } else {
-        EXPECT_TRUE(test::same_bits(of_row, slope));
-    }
+    expect_near(err_fit(X, y, itself_of_row, par, type), error);
+    expect_near(derr_fit(X, y, itself_of_row, slope_10_of_row, par, j, type), slope);
     return {error, slope};
 }
 
@@ -141,7 +142,7 @@ TEST(FitError, ReadsRowsAndColumns)
     // Rows in another order in memory.
     matrix moved = X;
     moved.swap_rows(1, 3);
-    EXPECT_TRUE(test::same_bits(fun_fit(moved, itself, par), "5; 1; 2"));
+    EXPECT_TRUE(test::same_bits(fun_fit(moved, itself, par), matrix("5; 1; 2")));
     EXPECT_DOUBLE_EQ(err_fit(moved, "4; 3; 0", itself, par, EsQuadratic), std::sqrt(3.0));
 }
 
@@ -351,6 +352,102 @@ TEST(Fits, ReachTheCertifiedValues)
         }
         std::printf("\n");
     }
+}
+
+double logistic(double x, matrix& b)
+{
+    return 1 / (1 + std::exp(-b(1) - b(2) * x));
+}
+double d_logistic(double x, matrix& b, int j)
+{
+    double const p = logistic(x, b);
+    return (j == 1 ? 1 : x) * p * (1 - p);
+}
+
+TEST(Fits, LikelihoodMeetsTheShares)
+{
+    // 30 of 40 at x = 0 and 12 of 60 at x = 1: the optimum has these shares.
+    matrix X(100, 1), y(100, 1);
+    for (int i = 1; i <= 100; ++i) {
+        X(i) = i > 40;
+        y(i) = i <= 30 || i > 88;
+    }
+    double const b1 = std::log(3.0), b2 = std::log(0.25) - std::log(3.0);
+    double const best =
+        -30 * std::log(0.75) - 10 * std::log(0.25) - 12 * std::log(0.2) - 48 * std::log(0.8);
+    for (int speed = SpeedSlow; speed <= SpeedFastest; ++speed) {
+        SCOPED_TRACE(speed);
+        matrix par("0.5; 0.5");
+        fitx(X, y, logistic, speed < SpeedFast ? d_logistic : nullptr, par, 1e-9,
+             static_cast<EsSpeed>(speed), EsLikelihood, BFGS);
+        EXPECT_NEAR(par(1), b1, 1e-6);
+        EXPECT_NEAR(par(2), b2, 1e-6);
+        EXPECT_NEAR(err_fit(X, y, logistic, par, EsLikelihood), best, 1e-9);
+    }
+    // A maximum has no slope; the library's own linear predictor serves as a row model.
+    matrix par(2, 1);
+    par(1) = b1;
+    par(2) = b2;
+    for (int j : {1, 2})
+        EXPECT_NEAR(derr_fit(X, y, logistic, d_logistic, par, j, EsLikelihood), 0.0, 1e-12);
+    matrix line("0; 0");
+    EXPECT_TRUE(fitu(X, y, lm_val1, lm_dval1, line, 1e-9, EsQuadratic, BFGS));
+    EXPECT_NEAR(line(2), 0.75, 1e-8);
+    EXPECT_NEAR(line(1), 0.2 - 0.75, 1e-8);
+}
+
+TEST(Fits, ResponseCurveIsFoundAgain)
+{
+    matrix X = ~linspace(-3, 3, 200), truth("2; 1.5; -0.5; 0.25");
+    matrix const y = fun_fit(X, f_C, truth);
+    matrix par("1; 1; 0.1; 0.1");
+    fitx(X, y, f_C, df_C, par, 1e-10, SpeedMedium, EsQuadratic, BFGS);
+    EXPECT_LT(double(matrix(max(abs(par - truth)))), 1e-6);
+}
+
+TEST(FitsDeathTest, RefuseWhatCannotBeFitted)
+{
+    matrix const X("1; 2; 3"), y("1; 2; 3"), narrow(3, 0);
+    matrix par("1; 1"), wide("1 2");
+    scalar_model const f = nullptr;
+    scalar_slope const df = nullptr;
+    row_model const rf = nullptr;
+    row_slope const rdf = nullptr;
+    std::string const scalar = "double (*)(double,matrix)", row = "double (*)(matrix,matrix)";
+    std::string const scalar_d = "double (*)(double,matrix,int)",
+                      row_d = "double (*)(matrix,matrix,int)";
+    char const* const none = "brak funkcji";
+    EXPECT_REFUSAL(fun_fit(X, f, par), "MATRIX", "matrix fun_fit(matrix," + scalar + ",matrix)",
+                   none);
+    EXPECT_REFUSAL(fun_fit(X, rf, par), "MATRIX", "matrix fun_fit(matrix," + row + ",matrix)",
+                   none);
+    EXPECT_REFUSAL(err_fit(X, y, rf, par, EsQuadratic), "MATRIX",
+                   "double err_fit(matrix,matrix," + row + ",matrix,EsType)", none);
+    EXPECT_REFUSAL(
+        derr_fit(X, y, itself, df, par, 1, EsQuadratic), "MATRIX",
+        "double derr_fit(matrix,matrix," + scalar + "," + scalar_d + ",matrix,int,EsType)", none);
+    EXPECT_REFUSAL(
+        fitu(X, y, itself_of_row, rdf, par, 1e-6, EsQuadratic, BFGS), "MATRIX",
+        "bool fitu(matrix,matrix," + row + "," + row_d + ",matrix,double,EsType,EsMethod)", none);
+    EXPECT_REFUSAL(fits(X, y, f, par, 1e-6, EsQuadratic), "MATRIX",
+                   "bool fits(matrix,matrix," + scalar + ",matrix,double,EsType)", none);
+    EXPECT_REFUSAL(fitx(X, y, itself, df, par, 1e-6, SpeedMedium, EsQuadratic, BFGS), "MATRIX",
+                   "fitx(matrix,matrix," + scalar + "," + scalar_d +
+                       ",matrix,double,EsSpeed,EsType,EsMethod)",
+                   none);
+
+    char const* const sizes = "niezgodne wymiary macierzy";
+    std::string const error = "double err_fit(matrix,matrix," + scalar + ",matrix,EsType)";
+    EXPECT_REFUSAL(err_fit(X, "1; 2", itself, par, EsQuadratic), "MATRIX", error, sizes);
+    EXPECT_REFUSAL(err_fit(X, matrix(), itself, par, EsLikelihood), "MATRIX", error, sizes);
+    EXPECT_REFUSAL(err_fit(narrow, y, itself, par, EsQuadratic), "MATRIX", error, sizes);
+    EXPECT_REFUSAL(fun_fit(narrow, itself, par), "MATRIX",
+                   "matrix fun_fit(matrix," + scalar + ",matrix)", sizes);
+    EXPECT_REFUSAL(fits(X, y, itself, wide, 1e-6, EsQuadratic), "MATRIX", "setcol(Vector,matrix)",
+                   "liczba kolumn danych do wstawienia niezgodna z dlugoscia indeksu");
+    // A model that asks for a parameter that is not there, on several threads at once.
+    EXPECT_REFUSAL_DETAIL(err_fit(X, y, f_C, par, EsQuadratic), "MATRIX",
+                          "double & operator ()(int)", "indeks poza zakresem", "2 x 1 : ( 3 )");
 }
 
 } // namespace
