@@ -87,7 +87,10 @@ class Terminal : public testing::Test
 {
 #if defined(_WIN32)
 protected:
-    void SetUp() override { GTEST_SKIP() << "no terminal can be made here"; }
+    void SetUp() override
+    {
+        GTEST_SKIP() << "no terminal can be made here";
+    }
 #endif
 };
 
