@@ -175,9 +175,9 @@ TYPED_TEST(PivotOf, AgreesWithAScanForEachCombination)
         }
 }
 
-TEST(Pivot, TakesTimeInProportionToTheRows)
+TEST(Pivot, CountsAsManyLevelsAsThereAre)
 {
-    // 100,000 levels: scans for each would not end within any patience.
+    // A scan for each of 100,000 levels would not end within anybody's patience.
     int const n = 200000;
     matrix x(n, 1);
     for (int i = 0; i < n; ++i) x.cell[i][0] = static_cast<int>(i * 7919LL % (n / 2));
