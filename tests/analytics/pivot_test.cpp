@@ -2,6 +2,7 @@
 
 #include <varnow/varnow.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <iterator>
 #include <limits>
@@ -76,6 +77,26 @@ TEST(Pivot, CountsTheLevelsOfAColumn)
               "3x2 grade COUNT | .: . 1 | .: a 1 | .: b 2");
     EXPECT_EQ(show(pivot(column({2, -1, 2}))),
               "2x2 VAR COUNT | .: -1.000000000000 1 | .: 2.000000000000 2");
+}
+
+TEST(Pivot, TellsTextsApartThatDifferInOneByte)
+{
+    std::vector<std::string> texts;
+    for (std::size_t n = 0; n <= 26; ++n)
+        for (std::size_t k = 0; k <= n; ++k) {
+            texts.emplace_back(n, 'a');
+            if (k < n) texts.back()[k] = 'b';
+        }
+    table x(2 * static_cast<int>(texts.size()), 1);
+    for (int i = 0; i < x.rows; ++i)
+        x.cell[i][0] = texts[static_cast<std::size_t>(i) % texts.size()];
+    std::sort(texts.begin(), texts.end());
+    table const p = pivot(x);
+    ASSERT_EQ(p.rows, static_cast<int>(texts.size()));
+    for (int i = 0; i < p.rows; ++i) {
+        EXPECT_EQ(p.cell[i][0], Text(texts[static_cast<std::size_t>(i)]));
+        EXPECT_EQ(p.cell[i][1], "2");
+    }
 }
 
 TEST(Pivot, HasARowForEveryCombinationTheLastVariableFastest)
@@ -175,9 +196,9 @@ TYPED_TEST(PivotOf, AgreesWithAScanForEachCombination)
         }
 }
 
-TEST(Pivot, TakesTimeInProportionToTheRows)
+TEST(Pivot, CountsAsManyLevelsAsThereAre)
 {
-    // 100,000 levels: scans for each would not end within any patience.
+    // A scan for each of 100,000 levels would not end within anybody's patience.
     int const n = 200000;
     matrix x(n, 1);
     for (int i = 0; i < n; ++i) x.cell[i][0] = static_cast<int>(i * 7919LL % (n / 2));

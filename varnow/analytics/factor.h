@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <vector>
 
@@ -43,23 +44,64 @@ inline hash_word hash_of(std::int64_t x)
     return static_cast<hash_word>(bits >> 32 ^ bits);
 }
 
+/// What a level is told by, so that the rows of its cells, which lie anywhere, are left alone.
+template <class T> struct level_key
+{
+    explicit level_key(T x) : x_(x) {}
+    friend bool operator==(level_key a, level_key b) { return a.x_ == b.x_; }
+
+private:
+    T x_;
+};
+/// A text of up to 16 bytes as a whole; a longer one is looked at when its ends agree.
+template <> struct level_key<Text>
+{
+    explicit level_key(Text const& x) : len_(static_cast<std::size_t>(x.len)), str_(x.str)
+    {
+        if (len_ >= sizeof begin_) {
+            std::memcpy(&begin_, str_, sizeof begin_);
+            std::memcpy(&end_, str_ + len_ - sizeof end_, sizeof end_);
+        } else {
+            for (std::size_t k = 0; k < len_; ++k)
+                begin_ = begin_ << 8 | static_cast<unsigned char>(str_[k]);
+        }
+    }
+    friend bool operator==(level_key const& a, level_key const& b)
+    {
+        constexpr std::size_t both = sizeof begin_ + sizeof end_;
+        return a.len_ == b.len_ && a.begin_ == b.begin_ && a.end_ == b.end_ &&
+               (a.len_ <= both || std::memcmp(a.str_, b.str_, a.len_) == 0);
+    }
+
+private:
+    std::size_t len_;
+    char const* str_;
+    std::uint64_t begin_ = 0, end_ = 0;
+};
+
 /// Of the cells at(0) to at(n - 1), levels in the order of their first appearance.
 template <class At> factor factor_of(At at, int n)
 {
+    using cell = std::decay_t<decltype(at(0))>;
     factor f;
     f.code.resize(n);
     position_table seen;
+    std::vector<level_key<cell>> keys;
     for (int i = 0; i < n; ++i) {
         auto const& x = at(i);
-        if constexpr (std::is_same<std::decay_t<decltype(x)>, double>::value)
+        if constexpr (std::is_same<cell, double>::value)
             if (x != x) {
                 f.code[i] = -1;
                 continue;
             }
-        int const k = seen.find_or_add(hash_of(x), f.levels(),
-                                       [&](int level) { return at(f.first[level]) == x; });
+        level_key<cell> const key(x);
+        int const k =
+            seen.find_or_add(hash_of(x), f.levels(), [&](int level) { return keys[level] == key; });
         f.code[i] = k < 0 ? f.levels() : k;
-        if (k < 0) f.first.push_back(i);
+        if (k < 0) {
+            f.first.push_back(i);
+            keys.push_back(key);
+        }
     }
     return f;
 }
