@@ -143,7 +143,7 @@ matrix lm_val_c(matrix const& X, matrix const& par, matrix const& cond)
     if (r.rows == 0) return r;
     std::vector<double> b;
     for (int j = 1; j <= static_cast<int>(taken.size()); ++j) b.push_back(par(j));
-    if (intercept) b.push_back(par(static_cast<int>(variables(cond)) + 1));
+    if (intercept) b.push_back(par(static_cast<int>(variables(cond) + 1)));
     for (int i = 0; i < r.rows; ++i) {
         double const* const x = X.cell[i];
         double s = 0;

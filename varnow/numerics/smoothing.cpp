@@ -57,7 +57,11 @@ public:
     }
 
 private:
-    std::size_t at(int i) const { return static_cast<std::size_t>(i + m_); }
+    std::size_t at(int i) const
+    {
+        int const position = i + m_;
+        return static_cast<std::size_t>(position);
+    }
 
     int m_;
     std::vector<std::vector<double>> p_, scaled_;
