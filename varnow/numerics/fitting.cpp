@@ -1,6 +1,6 @@
 #include <varnow/numerics/fitting.h>
 
-#include <varnow/containers/line.h>
+#include <varnow/containers/storage.h>
 #include <varnow/core/textutils.h>
 #include <varnow/numerics/minimise_engine.h>
 
@@ -14,15 +14,27 @@ namespace varnow {
 
 namespace {
 
-using detail::line;
-
-// The first row when there are fewer rows than columns, else the first column.
-line<double const> values_of(matrix const& x)
+// The values of the first row when there are fewer rows than columns, else of the first column.
+// They are read where they stand: to find out whether they lie end to end costs as much.
+class values
 {
-    if (x.cols == 0 || x.rows == 0) return line<double const>(nullptr, 0);
-    return x.rows < x.cols ? detail::row_of<double const>(x, 0)
-                           : detail::column_of<double const>(x, 0);
-}
+public:
+    explicit values(matrix const& x)
+        : n(x.rows == 0 || x.cols == 0 ? 0
+            : x.rows < x.cols          ? x.cols
+                                       : x.rows),
+          row_(x.cell),
+          along_(x.rows < x.cols)
+    {
+    }
+    double operator[](int i) const { return along_ ? row_[0][i] : row_[i][0]; }
+
+    int const n;
+
+private:
+    double const* const* const row_;
+    bool const along_;
+};
 
 // The forms of a model: its type and that of its derivative, both also as a message names them, and
 // the observations as it takes them, obs[i].
@@ -64,17 +76,9 @@ struct scalar_form
     static constexpr char const* model_text = "double (*)(double,matrix)";
     static constexpr char const* derivative_text = "double (*)(double,matrix,int)";
 
-    static bool readable(matrix const& X) { return values_of(X).n >= X.rows; }
+    static bool readable(matrix const& X) { return values(X).n >= X.rows; }
 
-    class observations
-    {
-    public:
-        explicit observations(matrix const& X) : x_(values_of(X)) {}
-        double operator[](int i) const { return x_[i]; }
-
-    private:
-        line<double const> const x_;
-    };
+    using observations = values;
 };
 
 // Refuses for `why`, if there is one; _f_ and _df_ in the routine's text stand for the pointers.
@@ -156,7 +160,7 @@ template <class Form> struct fit
     double operator()(matrix& par) const
     {
         if (!measured() || mismatched("double err_fit(matrix,matrix,_f_,matrix,EsType)")) return 0;
-        line<double const> const target = values_of(y);
+        values const target(y);
         if (type == EsQuadratic) {
             auto const sum = sums_over<1, Form>(X, [&](int i, auto&& x, auto& own) {
                 double const d = target[i] - f(x, par);
@@ -173,7 +177,7 @@ template <class Form> struct fit
     {
         if (!measured() || mismatched("double derr_fit(matrix,matrix,_f_,_df_,matrix,int,EsType)"))
             return 0;
-        line<double const> const target = values_of(y);
+        values const target(y);
         if (type == EsQuadratic) {
             auto const sum = sums_over<2, Form>(X, [&](int i, auto&& x, auto& own) {
                 double const d = f(x, par) - target[i];
@@ -193,7 +197,7 @@ private:
     bool measured() const { return type == EsQuadratic || type == EsLikelihood; }
     bool mismatched(char const* routine) const
     {
-        return refused<Form>(unequal(Form::readable(X) && values_of(y).n >= X.rows), routine);
+        return refused<Form>(unequal(Form::readable(X) && values(y).n >= X.rows), routine);
     }
 };
 
