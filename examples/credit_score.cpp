@@ -55,6 +55,22 @@ void name_columns(matrix& m, table const& names)
     for (int j = 1; j <= m.cols; ++j) m.colname(j) = names(j);
 }
 
+// How many applications stand at each level of a column, and what share of them went bad.
+table bad_rates(table const& level, matrix const& bad)
+{
+    table const both = level | table(bad);
+    return both.summarise(c(level.colname(1)), "Applications=COUNT(bad)", count, "Bad=SUM(bad)",
+                          sum, "Rate=MEAN(bad)", mean);
+}
+
+// The share of bad ones as a curve of one variable, fitted to the applications themselves.
+matrix response_curve(matrix const& x, matrix const& bad)
+{
+    matrix par("-0.2; 0.1; 0; 0.3");
+    fitx(x, bad, f_C, df_C, par, 1e-8, SpeedMedium, EsQuadratic, BFGS);
+    return par;
+}
+
 // Information value of every column, highest first.
 matrix information(sample const& s)
 {
@@ -159,6 +175,32 @@ void draw_histogram(sample const& s, matrix const& score, Text const& out)
     g.xrange(0, 1000);
     g.plot(score_shares(score.filter(s.y == 1)), "1:2", "bad ones", "boxes linecolor '#c62828'", //
            score_shares(score.filter(s.y == 0)), "1:2", "good ones", "boxes linecolor '#2e7d32'");
+    draw(g);
+}
+
+void draw_rates(table const& rates, Text const& out)
+{
+    gplot g = plot_of("rates", out, "Bad applications by years in the job", "Seniority",
+                      "share of bad ones");
+    g.key("off");
+    g.style("fill solid 0.6");
+    g.boxwidth(0.8);
+    g.set("yrange [0:*]");
+    g.plot(rates, "0:4:xtic(1)", "", "boxes linecolor '#2196f3'");
+    draw(g);
+}
+
+void draw_response(table const& rates, matrix par, double longest, Text const& out)
+{
+    gplot g = plot_of("response", out, "Response curve of the years in the job", "Seniority",
+                      "share of bad ones");
+    g.yrange(0, 1);
+    matrix curve = ~linspace(0, longest, 200);
+    curve |= forall(curve, [](double) { return 0.0; });
+    for (int i = 1; i <= curve.rows; ++i) curve(i, 2) = f_C(curve(i, 1), par);
+    g.plot(matrix(rates), "1:4:(0.25*sqrt($2)/3)", "share in the data",
+           "points pointtype 7 pointsize variable", curve, "1:2", "fitted",
+           "lines linewidth 2 linecolor '#c62828'");
     draw(g);
 }
 
@@ -298,6 +340,16 @@ int main(int argc, char** argv)
     (newton | par).writetxt((out + "parameters.txt").str);
     rating.writetxt((out + "rating.txt").str, 0, 1);
 
+    // Explore: shares of bad ones by category, by interval and as a curve.
+    matrix const seniority = numbers["Seniority"];
+    table intervals = cut(seniority, "1 3 6 9");
+    intervals.colname(1) = "Seniority";
+    table const by_interval = bad_rates(intervals, all.y);
+    matrix const response = response_curve(seniority, all.y);
+    draw_rates(by_interval, out);
+    draw_response(bad_rates(texts["Seniority"], all.y), response, double(max(seniority)), out);
+    response.writetxt((out + "response.txt").str, 0, 0, 0);
+
     // Report.
     gnuplot_script_directory = varnow_script_directory = "js/";
     html page("Credit score", "A score for credit applications",
@@ -322,6 +374,28 @@ int main(int argc, char** argv)
             itot(variables.cols) + " best of at least " + dtot(least_iv, 2) + " enter the model.",
         plain());
     page.hmatrix(iv, 4, captioned("Information value"));
+
+    page.tab("Exploration");
+    page.chapter("Categories", heading());
+    for (char const* name : {"Home", "Job", "Records"}) {
+        page.htable(bad_rates(texts[name], all.y), c(0, 0, 0, -1),
+                    captioned(Text("Percent of bad ones by ") + name, 0));
+        page.endline(1);
+    }
+    page.htable(pivot(texts["Job"], texts["Records"]),
+                captioned("Applications by job and records", 0));
+    page.endline(1);
+    page.chapter("Intervals", heading());
+    page.htable(by_interval, c(0, 0, 0, -1),
+                captioned("Percent of bad ones by years in the job", 0));
+    page.image("rates.svg", "", "center", 760, 480);
+    page.endline(1);
+    page.chapter("Response curve", heading());
+    page.paragraph("The share of bad ones as a sigmoid of the years in the job, fitted by least "
+                   "squares; the size "
+                   "of a point tells how many applications stand there.",
+                   plain());
+    page.image("response.svg", "", "center", 760, 480);
 
     page.tab("Model");
     page.chapter("Coefficients", heading());

@@ -1,6 +1,7 @@
 # Fits and rates the demo's samples anew: glm for the coefficients, ranks for the accuracy ratio
 # (AR = 2 AUC - 1), all thresholds for the Kolmogorov-Smirnov distance.
-out <- commandArgs(TRUE)[1]
+arguments <- commandArgs(TRUE)
+out <- arguments[1]
 read <- function(name, ...) as.matrix(read.delim(file.path(out, name), check.names = FALSE, ...))
 learning <- read("learning.txt")
 validation <- read("validation.txt")
@@ -48,3 +49,15 @@ same("AR of the validation sample", rating["validation", "AR"], accuracy(score, 
 # The library walks through ties one by one, so it can be above the distance at the thresholds by a step.
 same("KS of the validation sample", rating["validation", "KS"], distance(score, yv), 2 / sum(yv))
 same("Sizes", c(rating[, "Applications"], rating[, "Bad"]), c(length(y), length(yv), sum(y), sum(yv)), 0)
+
+# The response curve against the best of several least-squares searches of R's own.
+credit <- read.table(arguments[2], sep = ";", header = TRUE)
+x <- credit$Seniority
+bad <- as.integer(credit$Status == "bad")
+rmse <- function(p) sqrt(mean((bad - (p[1] * tanh(p[2] * x + p[3]) + p[4]))^2))
+starts <- list(c(-0.2, 0.1, 0, 0.3), c(-0.5, 0.05, 0.5, 0.6), c(0.3, -0.2, 0, 0.2))
+best <- min(sapply(starts, function(p) {
+  for (turn in 1:20) p <- optim(p, rmse, control = list(maxit = 5000, reltol = 1e-14))$par
+  rmse(p)
+}))
+same("Error of the response curve", rmse(read("response.txt", header = FALSE)[, 1]), best, 1e-6)
