@@ -313,7 +313,8 @@ TEST(Minimisers, ReachTheLeastValues)
 {
     for (Problem const& p : smooth) {
         SCOPED_TRACE(p.name);
-        double const near = 1e-6;
+        // Powell's is flat to the fourth power: the last bits of pow decide how near one comes.
+        double const near = p.f == powell ? 1e-5 : 1e-6;
         for (EsMethod method : {DFP, BFGS}) {
             matrix x = p.start;
             fminu(p.f, p.df, x, 1e-10, method);
