@@ -266,6 +266,7 @@ template <class T> table cut(data<T> const& x, matrix const& breaks, int flag)
 
     line<double const> const given = detail::cells(breaks);
     std::vector<double> b;
+    b.reserve(static_cast<std::size_t>(given.n));
     for (int k = 0; k < given.n; ++k) b.push_back(given[k]);
     std::vector<Text> const labels = labels_of(b, flag != 0);
     auto passed = [flag](double limit, double v) { return flag ? v >= limit : v > limit; };
