@@ -2,8 +2,11 @@
 
 #include "tests/support/refusal.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
+#include <vector>
 
 using namespace varnow;
 
@@ -83,4 +86,23 @@ TEST(MessagesDeathTest, AnErrorPrintsItsTextAndNothingElseAndLeavesByExit)
     EXPECT_EQ(std::fread(text, 1, sizeof text, f), 7u);
     std::fclose(f);
     std::remove(path.c_str());
+}
+
+TEST(MessagesDeathTest, ThreadsThatRefuseAtOnceLeaveOnceWithOneMessage)
+{
+    EXPECT_EXIT(
+        {
+            std::atexit([] { std::fputs("handler", stderr); });
+            int const count = 8;
+            std::atomic<int> ready(0);
+            std::vector<std::thread> threads;
+            for (int i = 0; i < count; ++i)
+                threads.emplace_back([&ready] {
+                    ++ready;
+                    while (ready < count) std::this_thread::yield();
+                    errormessage("MATRIX", "f()", "m", "");
+                });
+            for (std::thread& t : threads) t.join();
+        },
+        testing::ExitedWithCode(0), testing::StrEq("\nMATRIX: f()\nm\n\nhandler"));
 }

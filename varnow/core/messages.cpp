@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <mutex>
 
 namespace varnow {
 
@@ -17,10 +18,15 @@ Text message_text(Text const& cls, Text const& routine, Text const& message, Tex
     return text;
 }
 
+// Taken for good by the first thread to refuse, since a process leaves once. An exit handler of
+// that thread may still refuse.
+std::recursive_mutex leaving;
+
 } // namespace
 
 void errormessage(Text const& cls, Text const& routine, Text const& message, Text const& detail)
 {
+    leaving.lock();
     warningmessage(cls, routine, message, detail);
     platform::pause();
     std::exit(0);
