@@ -166,8 +166,9 @@ matrix lm_qtstud_c(matrix const& X, matrix const& y, matrix const& M, matrix con
                    matrix& se, matrix& t, matrix& p, double lo, double pmax, double semax, int& ok)
 {
     matrix par = lm_par_c(M, cond);
-    ok = 0;
     auto const k = static_cast<int>(variables(cond));
+    ok = k < 1;
+    if (ok) return par;
     for (int i = 1; i <= k; ++i)
         if (par(i) < lo) return par;
     test_subset(X, y, M, cond, par, se, t, p);

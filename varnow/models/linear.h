@@ -50,9 +50,10 @@ VARNOW_API matrix lm_val_c(matrix const& X, matrix const& par, matrix const& con
 /// 1)
 VARNOW_API matrix lm_tstud_c(matrix const& X, matrix const& y, matrix const& M, matrix const& cond,
                              matrix& se, matrix& t, matrix& p);
-/// Whether a model is admissible: ok becomes 0 when some par(i), i <= k, is below lo, in which case
-/// the data are not read and se, t and p are left alone; when some p(i) exceeds pmax; when some
-/// se(i) exceeds semax. A NaN passes each test. Returns lm_par_c(M, cond).
+/// Whether a model is admissible: ok becomes 0 when some par(i), i <= k, is below lo; when some
+/// p(i) exceeds pmax; when some se(i) exceeds semax. A NaN passes each test. In the first case, and
+/// in a model without variables, which is admissible, the data are not read and se, t and p are
+/// left alone. Returns lm_par_c(M, cond).
 VARNOW_API matrix lm_qtstud_c(matrix const& X, matrix const& y, matrix const& M, matrix const& cond,
                               matrix& se, matrix& t, matrix& p, double lo, double pmax,
                               double semax, int& ok);
