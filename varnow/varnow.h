@@ -33,3 +33,4 @@
 #include <varnow/numerics/univariate.h>
 #include <varnow/reports/gplot.h>
 #include <varnow/reports/html.h>
+#include <varnow/sparse/sparse.h>

@@ -8,6 +8,8 @@
 
 namespace varnow {
 
+class sparse;
+
 /// Method of a linear solver; with any other value a solver leaves its result undefined.
 enum LinearMethod : int { GAUSS = 0, LU = 1, QR = 2 };
 
@@ -35,6 +37,11 @@ public:
     matrix(char const* s);
     /// One column of the elements.
     matrix(Vector const& v);
+    /// The form `matrix m(s)`, for which a sparse matrix would otherwise be a number as well.
+    template <class S, std::enable_if_t<std::is_same<S, sparse>::value, int> = 0>
+    explicit matrix(S const& s) : matrix(s.operator matrix())
+    {
+    }
     matrix(data<double> const& b) : data<double>(b) {}
     matrix(data<double>&& b) noexcept : data<double>(static_cast<data<double>&&>(b)) {}
     matrix(matrix const&) = default;

@@ -8,17 +8,21 @@
 namespace varnow {
 
 namespace detail {
-/// The one generator of the library: the minimal-standard Lehmer sequence, multiplier 48271,
-/// modulus 2147483647 (Park and Miller, CACM 31 (1988) 1192). Starts at 12345.
-VARNOW_API extern std::uint32_t random_state;
-/// Takes one step and gives the new state.
-inline std::uint32_t random_step()
+/// Takes one step of the minimal-standard Lehmer sequence, multiplier 48271, modulus 2147483647
+/// (Park and Miller, CACM 31 (1988) 1192), and gives the new state.
+inline std::uint32_t random_step(std::uint32_t& state)
 {
     // The modulus is 2^31 - 1: high and low part of the product add up to the remainder.
     constexpr std::uint32_t modulus = 2147483647u;
-    std::uint64_t const product = std::uint64_t(random_state) * 48271u;
+    std::uint64_t const product = std::uint64_t(state) * 48271u;
     std::uint32_t const sum = static_cast<std::uint32_t>((product & modulus) + (product >> 31));
-    return random_state = sum >= modulus ? sum - modulus : sum;
+    return state = sum >= modulus ? sum - modulus : sum;
+}
+/// The state of the containers' one generator. Starts at 12345.
+VARNOW_API extern std::uint32_t random_state;
+inline std::uint32_t random_step()
+{
+    return random_step(random_state);
 }
 } // namespace detail
 
