@@ -15,6 +15,7 @@
 #include <varnow/containers/table.h>
 #include <varnow/containers/vector.h>
 #include <varnow/coordination/progress.h>
+#include <varnow/coordination/tasks.h>
 #include <varnow/core/console.h>
 #include <varnow/core/date.h>
 #include <varnow/core/messages.h>

@@ -1,0 +1,177 @@
+#include "tests/support/folder.h"
+#include "tests/support/refusal.h"
+
+#include <varnow/containers/matrix_arithmetic.h>
+#include <varnow/coordination/tasks.h>
+#include <varnow/core/console.h>
+
+#include <thread>
+
+using namespace varnow;
+
+namespace {
+
+char const mixed[] = "ROWNAME\tparam1\tstate\n"
+                     "a\t1\tfinished\n"
+                     "b\t2\twaiting\n"
+                     "c\t3\tin progress\n"
+                     "d\t4\todd\n";
+
+std::string states(tasks const& t)
+{
+    std::string s;
+    for (int i = 1; i <= t.n_tasks; ++i) s += std::string(t.list(i, t.n_params + 1).str) + ";";
+    return s;
+}
+
+} // namespace
+
+TEST(Tasks, NamesItsColumnsAndEmptiesItsCells)
+{
+    tasks t(2, 2, "list");
+    t(2, 2) = "x";
+    t.list(1, 3) = "odd";
+    t.resize(2, 1);
+    EXPECT_EQ(t.list.colname(1), "param1");
+    EXPECT_EQ(t.list.colname(2), "state");
+    EXPECT_EQ(states(t), ";;");
+    t.startall();
+    EXPECT_EQ(states(t), "waiting;waiting;");
+    t.finishall();
+    EXPECT_EQ(t.find(), 0);
+    t.clear();
+    EXPECT_EQ(states(t), ";;");
+    EXPECT_EQ(t.list.colname(2), "state");
+    EXPECT_EQ(tasks().find(), 0);
+}
+
+TEST(Tasks, GoesThroughALifeInFilesOfTheStatedForm)
+{
+    folder f;
+    tasks t(2, 1, f.path("list").c_str());
+    t(1, 1) = "0.5";
+    t(2, 1) = "1,000";
+    t.startall();
+    EXPECT_TRUE(f.names().empty());
+    t.save();
+    std::string const head = "ROWNAME\tparam1\tstate\n";
+    EXPECT_EQ(f.text("list"), head + "\t0,5\twaiting\n\t1,000\twaiting\n");
+
+    tasks worker;
+    worker.changename(t.filename);
+    worker.lock();
+    EXPECT_EQ(f.names(), std::vector<std::string>{"list_"});
+    EXPECT_EQ(worker.n_params, 1);
+    EXPECT_EQ(worker(1, 1), "0,5");
+    EXPECT_EQ(worker.find(), 1);
+    worker.reserve(1);
+    EXPECT_EQ(f.text("list_"), head + "\t0,5\tin progress\n\t1,000\twaiting\n");
+    worker.unlock();
+    EXPECT_EQ(f.names(), std::vector<std::string>{"list"});
+    worker.lock();
+    EXPECT_EQ(worker.find(), 2);
+    worker.finish(1);
+    worker.finish(2);
+    worker.unlock();
+    t.synchronize();
+    EXPECT_EQ(states(t), "finished;finished;");
+    // without the lock a file of the lock comes to stand beside the list
+    t.reserve(2);
+    EXPECT_EQ(f.names(), (std::vector<std::string>{"list", "list_"}));
+}
+
+TEST(Tasks, RepairsUnderTheLock)
+{
+    folder f;
+    tasks t(f.put("list", mixed).c_str());
+    EXPECT_EQ(t.n_tasks, 4);
+    EXPECT_EQ(t.find(), 2);
+    t.lock();
+    t.repair();
+    t.save();
+    t.lock();
+    t.unlock();
+    EXPECT_EQ(states(tasks(t.filename)), "finished;waiting;waiting;odd;");
+    EXPECT_EQ(f.names(), std::vector<std::string>{"list"});
+}
+
+TEST(Tasks, SynchronizesAtOnceOnEmptyStates)
+{
+    folder f;
+    tasks t;
+    t.changename(f.put("list", "ROWNAME\tstate\na\tfinished\nb\t\n").c_str());
+    double const before = clock_now();
+    t.synchronize();
+    EXPECT_LT(clock_now() - before, 1); // no sleep
+    EXPECT_EQ(t.n_params, 0);
+}
+
+// Threads stand for the processes, so that this runs on every system.
+TEST(Tasks, WaitsForWhoeverHoldsTheName)
+{
+    folder f;
+    Text const list = f.put("list", mixed).c_str(), numbers = f.put("m", "R\tc\na\t1,5\n").c_str();
+    tasks holder(list);
+    holder.lock();
+    matrix m;
+    lock(m, numbers);
+    EXPECT_EQ(m(1, 1), 1.5);
+
+    matrix seen;
+    std::thread second([&] {
+        tasks t;
+        t.changename(list);
+        t.lock();
+        t.reserve(t.find());
+        t.unlock();
+    });
+    std::thread reader([&] {
+        tasks::waitfor(numbers);
+        lock(seen, numbers);
+    });
+    sleep(1);
+    EXPECT_EQ(holder.find(), 2);
+    holder.finish(2);
+    holder.list(4, 2) = "waiting";
+    holder.finish(1);
+    EXPECT_FALSE(f.holds("m"));
+    m(1, 1) = 2.25;
+    unlock(m, numbers);
+    holder.unlock();
+    second.join();
+    reader.join();
+    EXPECT_EQ(seen(1, 1), 2.25);
+    EXPECT_EQ(f.text("m_"), "ROWNAME\tc\na\t2,250000\n");
+    EXPECT_EQ(states(tasks(list)), "finished;finished;in progress;in progress;");
+}
+
+TEST(TasksDeathTest, RefusesWhatIsNotThere)
+{
+    folder f;
+    for (auto [row, col] : {std::pair{0, 1}, {3, 1}, {1, 0}, {1, 3}})
+        EXPECT_REFUSAL_DETAIL(tasks(2, 2, "")(row, col), "TASKS", "Text & operator ()(int,int)",
+                              "indeks poza zakresem",
+                              "2 x 2 : ( " + std::to_string(row) + " , " + std::to_string(col) +
+                                  " )");
+    EXPECT_REFUSAL_DETAIL(tasks(2, 2, "").reserve(3), "TASKS", "void reserve(int)",
+                          "indeks poza zakresem", "2 x 2 : ( 3 )");
+    std::string const nowhere = f.path("nowhere/list");
+    EXPECT_REFUSAL_DETAIL(tasks(1, 1, nowhere.c_str()).finish(1), "TABLE", "int writetxt(char *)",
+                          "nieudane otwarcie pliku do zapisu", "plik: " + nowhere + "_");
+
+    struct
+    {
+        char const* bytes;
+        char const* message;
+    } const damaged[] = {
+        {"ROWNAME\tparam1\tstate\na\t1\twaiting\nb\t2\n",
+         "TABLE: int readtxt(char *)\nzmienna liczba elementow w wierszu: 3\nplik: "},
+        {"ROWNAME\na\nb\n", "TASKS: void load()\nbrak kolumn\nplik: "},
+        {"", "TASKS: void load()\nbrak kolumn\nplik: "},
+    };
+    for (auto const& d : damaged) {
+        std::string const list = f.put("list", d.bytes);
+        EXPECT_EXIT(tasks(list.c_str()), testing::ExitedWithCode(0),
+                    testing::StartsWith("\n" + std::string(d.message) + list + "\n"));
+    }
+}
