@@ -1,0 +1,60 @@
+// Internal: what the bridge uses of R, as weak symbols. The library can then be linked and loaded
+// without R, where they are null, and finds them in a process that has R in it. A test looks for
+// those that are missing here.
+#pragma once
+
+#pragma weak ATTRIB
+#pragma weak CAR
+#pragma weak CDDR
+#pragma weak CDR
+#pragma weak INTEGER
+#pragma weak LENGTH
+#pragma weak PRINTNAME
+#pragma weak REprintf
+#pragma weak R_BaseEnv
+#pragma weak R_BaseNamespace
+#pragma weak R_CHAR
+#pragma weak R_DimSymbol
+#pragma weak R_FlushConsole
+#pragma weak R_GetCCallable
+#pragma weak R_GlobalEnv
+#pragma weak R_MakeUnwindCont
+#pragma weak R_NaInt
+#pragma weak R_NamesSymbol
+#pragma weak R_NilValue
+#pragma weak R_PreserveObject
+#pragma weak R_ProtectWithIndex
+#pragma weak R_Reprotect
+#pragma weak R_RowNamesSymbol
+#pragma weak R_UnboundValue
+#pragma weak R_UnwindProtect
+#pragma weak Rf_ScalarString
+#pragma weak Rf_allocVector
+#pragma weak Rf_coerceVector
+#pragma weak Rf_eval
+#pragma weak Rf_findFun
+#pragma weak Rf_getAttrib
+#pragma weak Rf_getCharCE
+#pragma weak Rf_inherits
+#pragma weak Rf_install
+#pragma weak Rf_isMatrix
+#pragma weak Rf_isNull
+#pragma weak Rf_isString
+#pragma weak Rf_lang2
+#pragma weak Rf_lang3
+#pragma weak Rf_lang4
+#pragma weak Rf_length
+#pragma weak Rf_mkCharLenCE
+#pragma weak Rf_protect
+#pragma weak Rf_setAttrib
+#pragma weak Rf_type2char
+#pragma weak Rf_unprotect
+#pragma weak Rf_xlength
+#pragma weak Rprintf
+#pragma weak SET_STRING_ELT
+#pragma weak SET_TAG
+#pragma weak SET_VECTOR_ELT
+#pragma weak STRING_ELT
+#pragma weak TAG
+#pragma weak TYPEOF
+#pragma weak VECTOR_ELT
