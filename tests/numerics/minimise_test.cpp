@@ -285,7 +285,7 @@ TEST(Minimisers, CallTheFunctionAtThePointsOfThePlainSearch)
     for (std::vector<Problem> const* problems : {&smooth, &rough})
         for (Problem const& p : *problems) {
             SCOPED_TRACE(p.name);
-            for (double tol : {1e-2, 1e-9}) {
+            for (double tol : {1e-2, 1e-9, 0.0}) {
                 matrix x = p.start, plain = p.start;
                 trace(p);
                 bool const ended = plain_fmins(trace_f, plain, tol);
