@@ -157,9 +157,7 @@ class row_sums
 {
 public:
     explicit row_sums(int cols)
-        : cols_(cols),
-          sums_(static_cast<std::size_t>(cols)),
-          marks_((static_cast<std::size_t>(cols) + 63) / 64)
+        : sums_(static_cast<std::size_t>(cols)), marks_((static_cast<std::size_t>(cols) + 63) / 64)
     {
     }
 
@@ -185,7 +183,6 @@ public:
     }
 
 private:
-    int cols_;
     std::vector<double> sums_;
     std::vector<std::uint64_t> marks_;
 };
