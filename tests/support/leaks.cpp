@@ -7,3 +7,10 @@ int __lsan_is_turned_off()
 {
     return testing::internal::InDeathTestChild() ? 1 : 0;
 }
+
+// Nor are the threads of a parallel region that one of them has ended by a refusal.
+extern "C" char const* __tsan_default_suppressions();
+char const* __tsan_default_suppressions()
+{
+    return "thread:libomp";
+}
