@@ -1,6 +1,7 @@
 // Every public header of the library.
 #pragma once
 
+#include <varnow/accumulators/quantiles.h>
 #include <varnow/accumulators/simulation.h>
 #include <varnow/analytics/grouping.h>
 #include <varnow/analytics/pivot.h>
