@@ -123,7 +123,17 @@ TEST(Quantiles, FreezesWhenTheWindowCannotShrink)
     EXPECT_EQ(q.used, 100000);
     EXPECT_EQ(counted(q), n);
     for (int i = 1; i < q.used; ++i) ASSERT_LT(q.tab.cell[i - 1][0], q.tab.cell[i][0]);
-    EXPECT_NEAR(q.result(), (n - 1) * 0.04, 200); // of cells about 25 wide
+    EXPECT_NEAR(q.result(), (n - 1) * 0.04, 200);  // of cells about 25 wide
+    for (double shift : {0., 0., 3000., -3000.}) { // the rows may be written to
+        for (int i = 0; i < q.used; ++i) q.tab.cell[i][0] += shift;
+        for (int row : {2, 3, 777, 50000, 99999, 100000}) {
+            double const before = q.tab(row, 2), value = q.tab(row, 1),
+                         gap = value - q.tab(row - 1, 1);
+            q.increase(value);
+            q.increase(value - gap / 2);
+            EXPECT_EQ(q.tab(row, 2), before + 2);
+        }
+    }
     double const first = q.tab(1, 2), last = q.T_max();
     q.add(-5);
     q.add(nan);

@@ -26,6 +26,7 @@ bool open_above(double p)
     return p > 0.95;
 }
 constexpr double open_end = 1e20;
+constexpr int guide_stretches = 1 << 15;
 
 void warn(char const* routine, char const* why)
 {
@@ -42,6 +43,7 @@ void quantiles::reset(double probability)
     p = probability;
     frozen = n = used = below = above = 0;
     sigma = lo = hi = 0.0;
+    guide_.clear();
 }
 
 void quantiles::add(double x)
@@ -117,12 +119,50 @@ void quantiles::insert(double x)
 void quantiles::increase(double x)
 {
     if (tab.rows < 1) return;
+    int const last = std::max(rows_in_use(), 1) - 1, at = first_not_below(x, last);
+    double* const row = tab.cell[at];
+    row[1] += 1.0;
+    if (at == last && x > row[0]) row[0] = x;
+}
+
+int quantiles::first_not_below(double x, int last) const
+{
     double* const* const row = tab.cell;
-    int const last = std::max(rows_in_use(), 1) - 1;
-    double* const found = *std::lower_bound(
-        row, row + last, x, [](double const* r, double value) { return r[0] < value; });
-    found[1] += 1.0;
-    if (found == row[last] && x > found[0]) found[0] = x;
+    if (last == 0 || !(row[0][0] < x)) return 0;
+    int from = 1, to = last;
+    double const stretch = (x - guide_from_) * guide_scale_;
+    if (stretch >= 0 && stretch < guide_stretches && !guide_.empty()) {
+        int const* const g = &guide_[static_cast<std::size_t>(stretch)];
+        // The guide is believed as far as the rows bear it out: they may have been written to.
+        if (g[1] <= last && g[0] > 0 && row[g[0] - 1][0] < x && row[g[1]][0] >= x) {
+            from = g[0];
+            to = g[1];
+            if (row[from][0] >= x) return from; // repeated values fill whole stretches
+        }
+    }
+    // Halved without a branch, which nobody could predict.
+    int left = to - from;
+    while (left > 0) {
+        int const half = (left + 1) / 2;
+        from = row[from + half - 1][0] < x ? from + half : from;
+        left -= half;
+    }
+    return from;
+}
+
+void quantiles::make_guide()
+{
+    guide_.clear();
+    guide_from_ = tab.cell[0][0];
+    guide_scale_ = guide_stretches / (T_max() - guide_from_);
+    if (!(guide_scale_ > 0) || !std::isfinite(guide_scale_)) return;
+    guide_.assign(guide_stretches + 1, used);
+    int next = 0;
+    for (int i = 0; i < used; ++i) {
+        double const stretch = (tab.cell[i][0] - guide_from_) * guide_scale_;
+        for (; next <= guide_stretches && stretch >= next; ++next)
+            guide_[static_cast<std::size_t>(next)] = i;
+    }
 }
 
 void quantiles::remove_extremes()
@@ -144,6 +184,7 @@ void quantiles::remove_extremes()
     prepare();
     put_prepared(tab);
     frozen = 1;
+    make_guide();
 }
 
 int quantiles::rows_in_use() const
@@ -195,7 +236,13 @@ void quantiles::prepare() const
 {
     std::uint64_t const now = digest();
     if (now == prepared_digest_) return;
-    prepared_.resize(static_cast<std::size_t>(rows_in_use()));
+    std::size_t const rows = static_cast<std::size_t>(rows_in_use());
+    if (rows > prepared_.capacity()) {
+        // Neither the former rows nor room for more of them are needed beside the new ones.
+        std::vector<entry>().swap(prepared_);
+        prepared_.reserve(rows);
+    }
+    prepared_.resize(rows);
     double* const* row = tab.cell;
     for (entry& e : prepared_) {
         e = {(*row)[0], (*row)[1]};

@@ -90,9 +90,15 @@ private:
     double prepared_result() const;
     double prepared_cdf(double x) const;
     void first_window();
+    int first_not_below(double x, int last) const;
+    void make_guide();
 
     mutable std::vector<entry> prepared_;
     mutable std::uint64_t prepared_digest_ = 0;
+    // Of a frozen table, the first row in or behind each of the stretches of equal width between
+    // its ends: a search need not cross all rows.
+    std::vector<int> guide_;
+    double guide_from_ = 0.0, guide_scale_ = 0.0;
 };
 
 /// Combines estimates that were filled apart: the value at which the mean of their distribution
@@ -106,7 +112,7 @@ public:
     std::vector<quantiles> items;
     Vector usable;
 
-    /// Room for so many estimates, 4 MB each; a negative capacity is 0.
+    /// Room for so many estimates, 4.7 MB each; a negative capacity is 0.
     explicit quantiles2(int slots);
     /// New room. The former estimates are gone, but `count` stays, and with it the slot that comes
     /// next and the p that it must have.
