@@ -221,7 +221,7 @@ sparse forall(sparse const& a, double (*f)(double, int), I p)
 }
 
 VARNOW_API double sum(sparse const& a);
-VARNOW_API double sumsqr(sparse a);
+VARNOW_API double sumsqr(sparse const& a);
 /// 1 for equal sizes, numbers of entries, and entries in list order, else 0; a NaN equals nothing.
 VARNOW_API int compare(sparse const& a, sparse const& b);
 VARNOW_API int minrow(sparse const& a);
