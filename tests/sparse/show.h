@@ -5,6 +5,7 @@
 
 #include <varnow/sparse/sparse.h>
 
+#include <functional>
 #include <initializer_list>
 #include <random>
 #include <string>
@@ -47,6 +48,30 @@ inline sparse listed(int rows, int cols, std::initializer_list<entry> entries)
     sparse s = spempty(rows, cols);
     for (entry const& e : entries) s(e.i, e.j) = e.x;
     return s;
+}
+
+// A matrix and how it, or what is made of it, shows.
+struct shown
+{
+    sparse s;
+    char const* first;
+    char const* second;
+};
+
+struct refused
+{
+    std::function<void()> call;
+    char const* routine;
+    char const* message;
+    std::string detail;
+};
+
+inline void expect_refusals(std::initializer_list<refused> cases)
+{
+    for (refused const& c : cases) {
+        SCOPED_TRACE(c.routine);
+        EXPECT_REFUSAL_DETAIL(c.call(), "SPARSE", c.routine, c.message, c.detail);
+    }
 }
 
 // About one position in `every` stored, with values of both signs.

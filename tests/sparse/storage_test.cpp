@@ -2,12 +2,9 @@
 
 #include <varnow/containers/matrix_special.h>
 
-#include <algorithm>
 #include <cmath>
-#include <functional>
 #include <map>
 #include <utility>
-#include <vector>
 
 namespace varnow::test {
 namespace {
@@ -52,23 +49,16 @@ TEST(Sparse, InsertsInAnyOrderAndKeepsTheIndex)
 
 TEST(Sparse, IndexesRowsWithAndWithoutEntries)
 {
-    struct
-    {
-        sparse s;
-        char const* index;
-    } const cases[] = {{spempty(3, 2), ". . ."},
-                       {sparse(2, 2), ". ."},
-                       {sparse(), ""},
-                       {speye(2, 3), "0-1 1-2"},
-                       {listed(5, 3, {{2, 1, 1}, {2, 3, 1}, {4, 2, 1}}), ". 0-2 . 2-3 ."}};
-    for (auto const& c : cases) {
-        sparse s = c.s;
+    for (auto const& c :
+         {shown{spempty(3, 2), ". . .", ""}, shown{sparse(2, 2), ". .", ""},
+          shown{sparse(), "", ""}, shown{speye(2, 3), "0-1 1-2", ""},
+          shown{listed(5, 3, {{2, 1, 1}, {2, 3, 1}, {4, 2, 1}}), ". 0-2 . 2-3 .", ""}}) {
+        sparse s = c.s, t = c.s;
         s.mkindex();
-        EXPECT_EQ(show_index(s), c.index);
         s.mkindex();
-        sparse t = c.s;
+        EXPECT_EQ(show_index(s), c.first);
         t.cpyindex(s);
-        EXPECT_EQ(show_index(t), c.index);
+        EXPECT_EQ(show_index(t), c.first);
         s.delindex();
         EXPECT_EQ(show_index(s), "-");
     }
@@ -121,22 +111,16 @@ TEST(Sparse, ResizesWithAndWithoutTheContent)
     s.resize(1, 4);
     EXPECT_EQ(show(s), "1x4 ?");
 
-    struct
-    {
-        int rows, cols;
-        char const* kept;
-        char const* index;
-    } const cases[] = {{2, 2, "2x2 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4"},
-                       {2, 3, "2x3 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4"},
-                       {3, 2, "3x2 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4 ."},
-                       {1, 9, "1x9 (1,1)1 (1,2)2", "0-2"},
-                       {0, 3, "0x3", ""}};
-    for (auto const& c : cases) {
+    for (auto const& c :
+         {shown{sparse(2, 2), "2x2 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4"},
+          shown{sparse(2, 3), "2x3 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4"},
+          shown{sparse(3, 2), "3x2 (1,1)1 (1,2)2 (2,1)4 (2,2)5", "0-2 2-4 ."},
+          shown{sparse(1, 9), "1x9 (1,1)1 (1,2)2", "0-2"}, shown{sparse(0, 3), "0x3", ""}}) {
         sparse t = sptest(2, 3);
         t.mkindex();
-        t.resizec(c.rows, c.cols);
-        EXPECT_EQ(show(t), c.kept);
-        EXPECT_EQ(show_index(t), c.index);
+        t.resizec(c.s.rows, c.s.cols);
+        EXPECT_EQ(show(t), c.first);
+        EXPECT_EQ(show_index(t), c.second);
     }
     sparse undefined(2, 2);
     undefined.resizec(3, 3);
@@ -193,45 +177,29 @@ TEST(SparseDeathTest, RefusesWhatLiesOutside)
 {
     sparse s = spzeros(2, 3), shape = spempty(3, 2), index = spempty(2, 3);
     s.mkindex();
-    struct
-    {
-        std::function<void()> call;
-        char const* routine;
-        char const* message;
-        char const* detail;
-    } const cases[] = {
-        {[&] { s.iselem(0, 1); }, "int iselem(int,int)", "indeks poza zakresem",
-         "2 x 3 : ( 0 , 1 )"},
-        {[&] { s.iszero(1, 4); }, "int iszero(int,int)", "indeks poza zakresem",
-         "2 x 3 : ( 1 , 4 )"},
-        {[&] { s.get(3, 3); }, "double get(int,int)", "indeks poza zakresem", "2 x 3 : ( 3 , 3 )"},
-        {[&] { s.set(2, 0, 1); }, "void set(int,int,double)", "indeks poza zakresem",
-         "2 x 3 : ( 2 , 0 )"},
-        {[&] { s(-1, 1) = 1; }, "double & operator ()(int,int)", "indeks poza zakresem",
-         "2 x 3 : ( -1 , 1 )"},
+    char const* const range = "indeks poza zakresem";
+    char const* const reference = "niezgodne wymiary macierzy referencyjnej";
+    char const* const size = "niewlasciwy rozmiar macierzy";
+    expect_refusals({
+        {[&] { s.iselem(0, 1); }, "int iselem(int,int)", range, "2 x 3 : ( 0 , 1 )"},
+        {[&] { s.iszero(1, 4); }, "int iszero(int,int)", range, "2 x 3 : ( 1 , 4 )"},
+        {[&] { s.get(3, 3); }, "double get(int,int)", range, "2 x 3 : ( 3 , 3 )"},
+        {[&] { s.set(2, 0, 1); }, "void set(int,int,double)", range, "2 x 3 : ( 2 , 0 )"},
+        {[&] { s(-1, 1) = 1; }, "double & operator ()(int,int)", range, "2 x 3 : ( -1 , 1 )"},
         {[&] { index.set(2, 1, 1); }, "void set(int,int,double)", "odwolanie od pustego elementu",
          " ( 2 , 1 )"},
-        {[&] { s[0] = 1; }, "double & operator [](int)", "indeks poza zakresem", "6 : [ 0 ]"},
-        {[&] { std::as_const(s)[7]; }, "double & operator [](int)", "indeks poza zakresem",
-         "6 : [ 7 ]"},
-        {[&] { shape.cpyindex(s); }, "void cpyindex(sparse)",
-         "niezgodne wymiary macierzy referencyjnej", ""},
-        {[&] { shape.synch(s); }, "void synch(sparse)", "niezgodne wymiary macierzy referencyjnej",
-         ""},
+        {[&] { s[0] = 1; }, "double & operator [](int)", range, "6 : [ 0 ]"},
+        {[&] { std::as_const(s)[7]; }, "double & operator [](int)", range, "6 : [ 7 ]"},
+        {[&] { shape.cpyindex(s); }, "void cpyindex(sparse)", reference, ""},
+        {[&] { shape.synch(s); }, "void synch(sparse)", reference, ""},
         {[&] { matrix(spempty(0, 2)); }, "operator matrix()",
          "konwersja niemozliwa, zerowy rozmiar obiektu", ""},
         {[&] { static_cast<void>(double(s)); }, "operator double()",
          "konwersja niemozliwa, niewlasciwy rozmiar macierzy", ""},
-        {[&] { sparse(2, -1); }, "sparse(int,int)", "niewlasciwy rozmiar macierzy", "2 x -1"},
-        {[&] { s.resize(65536, 65536); }, "void resize(int,int)", "niewlasciwy rozmiar macierzy",
-         "65536 x 65536"},
-        {[&] { s.resizec(-2, -3); }, "void resizec(int,int)", "niewlasciwy rozmiar macierzy",
-         "-2 x -3"},
-    };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.routine);
-        EXPECT_REFUSAL_DETAIL(c.call(), "SPARSE", c.routine, c.message, c.detail);
-    }
+        {[&] { sparse(2, -1); }, "sparse(int,int)", size, "2 x -1"},
+        {[&] { s.resize(65536, 65536); }, "void resize(int,int)", size, "65536 x 65536"},
+        {[&] { s.resizec(-2, -3); }, "void resizec(int,int)", size, "-2 x -3"},
+    });
 }
 
 } // namespace

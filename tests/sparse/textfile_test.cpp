@@ -10,12 +10,7 @@ TEST(SparseFile, KeepsThePatternAndSixDigits)
 {
     folder const f;
     std::string const name = f.path("m");
-    struct
-    {
-        sparse s;
-        char const* text;
-        char const* read;
-    } const cases[] = {
+    shown const cases[] = {
         {listed(2, 3, {{1, 2, 1.23456789}, {1, 3, 0}, {2, 1, -1e-20}}),
          "2 3 3\n1 2 1.23457\n1 3 0\n2 1 -1e-20\n", "2x3 (1,2)1.23457 (1,3). (2,1)-1e-20"},
         {listed(1, 2, {{1, 1, std::nan("")}, {1, 2, -INFINITY}}), "1 2 2\n1 1 nan\n1 2 -inf\n",
@@ -26,11 +21,11 @@ TEST(SparseFile, KeepsThePatternAndSixDigits)
     };
     for (auto const& c : cases) {
         EXPECT_EQ(c.s.writetxt(name.c_str()), 0);
-        EXPECT_EQ(f.text("m"), c.text);
+        EXPECT_EQ(f.text("m"), c.first);
         sparse s = sptest(2, 3);
         s.mkindex();
         EXPECT_EQ(s.readtxt(name.c_str(), 0), 0);
-        EXPECT_EQ(show(s) + show_index(s), c.read + std::string("-"));
+        EXPECT_EQ(show(s) + show_index(s), c.second + std::string("-"));
     }
     sparse s = sptest(2, 2);
     EXPECT_EQ(s.readtxt(f.path("none").c_str(), 0), 1);
@@ -77,48 +72,28 @@ TEST(SparseFileDeathTest, RefusesWhatIsNoMatrix)
 {
     folder const f;
     sparse s;
-    for (char const* text : {"",
-                             "2 2",
-                             "2 2 x",
-                             "-1 2 0",
-                             "2 -1 0",
-                             "-2 -2 1\n1 1 1\n",
-                             "2 2 5\n1 1 1\n",
-                             "2 2 -2\n",
-                             "65536 65536 0\n",
-                             "99999999999 1 0\n",
-                             "2 2 1\n",
-                             "2 2 2\n1 1 1\n",
-                             "2 2 1\n1 1",
-                             "2 2 1\n0 1 5\n",
-                             "2 2 1\n1 3 5\n",
-                             "2 2 1\n3 1 5\n",
-                             "2 2 1\n1 -1 5\n",
-                             "2 2 1\n1 1 x\n",
-                             "2 2 1\n1 1 5x\n",
-                             "2 2 1\n1.5 1 5\n",
-                             "2 2 2\n1 1 5 1 x 5\n",
-                             "+-2 2 0\n"}) {
+    std::string const bad =
+        "|2 2|2 2 x|-1 2 0|2 -1 0|-2 -2 1 1 1 1|2 2 5 1 1 1|2 2 -2|65536 65536 0|"
+        "99999999999 1 0|2 2 1|2 2 2 1 1 1|2 2 1 1 1|2 2 1 0 1 5|2 2 1 1 3 5|"
+        "2 2 1 3 1 5|2 2 1 1 -1 5|2 2 1 1 1 x|2 2 1 1 1 5x|2 2 1 1.5 1 5|"
+        "2 2 2 1 1 5 1 x 5|+-2 2 0|";
+    for (std::size_t at = 0, end; (end = bad.find('|', at)) != bad.npos; at = end + 1) {
+        std::string const text = bad.substr(at, end - at);
         SCOPED_TRACE(text);
         std::string const name = f.put("m", text);
-        EXPECT_REFUSAL_DETAIL(s.readtxt(name.c_str(), 0), "SPARSE", "int readtxt(char *)",
-                              "nieprawidlowa zawartosc pliku", "plik: " + name);
+        expect_refusals({{[&] { s.readtxt(name.c_str(), 0); }, "int readtxt(char *)",
+                          "nieprawidlowa zawartosc pliku", "plik: " + name}});
     }
     std::string const none = f.path("none/m");
-    EXPECT_REFUSAL_DETAIL(s.readtxt(none.c_str(), 1), "SPARSE", "int readtxt(char *)",
-                          "nieudane otwarcie pliku do odczytu", "plik: " + none);
-    EXPECT_REFUSAL_DETAIL(s.writetxt(none.c_str(), 1), "SPARSE", "int writetxt(char *)",
-                          "nieudane otwarcie pliku do zapisu", "plik: " + none);
+    expect_refusals({{[&] { s.readtxt(none.c_str()); }, "int readtxt(char *)",
+                      "nieudane otwarcie pliku do odczytu", "plik: " + none},
+                     {[&] { s.writetxt(none.c_str()); }, "int writetxt(char *)",
+                      "nieudane otwarcie pliku do zapisu", "plik: " + none}});
 }
 
 TEST(SparseConsole, PrintsWholeNumbersOthersAndTheIndex)
 {
-    struct
-    {
-        sparse s;
-        char const* display;
-        char const* list;
-    } const cases[] = {
+    shown const cases[] = {
         {listed(2, 2, {{1, 2, -12}, {2, 1, 7}}), "\nm:\n  0 -12 \n  7   0 \n",
          "\nlist(m):\n1 2 -12 \n2 1   7 \n"},
         {listed(2, 2, {{1, 2, 9.5}, {2, 2, 100}}), "\nm:\n  0.000   9.500 \n  0.000 100.000 \n",
@@ -133,10 +108,10 @@ TEST(SparseConsole, PrintsWholeNumbersOthersAndTheIndex)
     for (auto const& c : cases) {
         testing::internal::CaptureStdout();
         c.s.display("m");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.display);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.first);
         testing::internal::CaptureStdout();
         c.s.list("m");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.list);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.second);
     }
     sparse s = listed(3, 2, {{1, 1, 1}, {3, 2, 1}});
     testing::internal::CaptureStdout();
