@@ -81,7 +81,8 @@ TEST(Sparse, CopiesDeeplyAndMoves)
         b.mkindex();
         b = a;
         b(1, 2) = 7;
-        b = b;
+        sparse const& itself = b;
+        b = itself;
         EXPECT_EQ(show(b), "2x3 (1,1)1 (1,2)7 (2,2)1");
         EXPECT_EQ(show_index(b), "0-2 2-3");
         EXPECT_EQ(show(a), "2x3 (1,1)1 (2,2)1");
