@@ -43,29 +43,34 @@ TEST(SparseFile, TakesAnyBlanksBetweenNumbers)
 }
 
 // A search in such a list ends at the first entry that is not before the one in search.
-TEST(SparseFile, TakesUnsortedAndRepeatedEntriesAsTheyCome)
+TEST(SparseFileDeathTest, TakesUnsortedAndRepeatedEntriesAsTheyCome)
 {
     folder const f;
     sparse s;
-    s.readtxt(f.put("m", "3 2 4\n2 2 5\n1 1 3\n2 2 6\n3 1 7\n").c_str());
-    EXPECT_EQ(show(s), "3x2 (2,2)5 (1,1)3 (2,2)6 (3,1)7");
+    s.readtxt(f.put("m", "3 2 4\n2 2 5\n1 1 3\n2 2 6\n1 2 7\n").c_str());
+    EXPECT_EQ(show(s), "3x2 (2,2)5 (1,1)3 (2,2)6 (1,2)7");
     EXPECT_EQ(s.get(1, 1), 0.0);
     EXPECT_EQ(s.get(2, 2), 5.0);
-    EXPECT_EQ(s.get(3, 1), 7.0);
     // Whole operations see one entry a position, the last.
-    EXPECT_EQ(show(s + spempty(3, 2)), "3x2 (1,1)3 (2,2)6 (3,1)7");
-    EXPECT_EQ(show(~s), "2x3 (1,1)3 (1,3)7 (2,2)6");
-    EXPECT_EQ(show(mul(speye(3, 3), s)), "3x2 (1,1)3 (2,2)6 (3,1)7");
-    EXPECT_EQ(show(row(s, 1)), "1x2 (1,1)3");
+    EXPECT_EQ(show(s + spempty(3, 2)), "3x2 (1,1)3 (1,2)7 (2,2)6");
+    EXPECT_EQ(show(mul(speye(3, 3), s)), "3x2 (1,1)3 (1,2)7 (2,2)6");
+    EXPECT_EQ(show(row(s, 1)), "1x2 (1,1)3 (1,2)7");
     for (bool indexed : {false, true}) {
         sparse t = s;
         if (indexed) t.mkindex();
-        for (int i = 1; i <= 3; ++i)
-            if (t.nnz < 6) t(i, 2) += 1;
-        EXPECT_LE(t.nnz, 6);
+        t(2, 2) += 1;
+        EXPECT_EQ(show(t), "3x2 (2,2)6 (1,1)3 (2,2)6 (1,2)7");
+        t.resizec(4, 2);
+        EXPECT_EQ(show(~t), "2x4 (1,1)3 (2,1)7 (2,2)6");
+        for (int i = 1; i <= 4; ++i) t(i, 2) += 1;
+        EXPECT_LE(t.nnz, 8);
         t.unpack();
-        EXPECT_EQ(t.nnz, 6);
+        EXPECT_EQ(t.nnz, 8);
     }
+    // Repeated positions leave no room for others.
+    s.readtxt(f.put("m", "1 2 2\n1 1 5\n1 1 5\n").c_str());
+    expect_refusals({{[&] { s(1, 2) = 1; }, "double & operator ()(int,int)", "powtorzone pozycje",
+                      " ( 1 , 2 )"}});
 }
 
 TEST(SparseFileDeathTest, RefusesWhatIsNoMatrix)
@@ -73,7 +78,7 @@ TEST(SparseFileDeathTest, RefusesWhatIsNoMatrix)
     folder const f;
     sparse s;
     std::string const bad =
-        "|2 2|2 2 x|-1 2 0|2 -1 0|-2 -2 1 1 1 1|2 2 5 1 1 1|2 2 -2|65536 65536 0|"
+        "|2 2|2 2 x|-1 2 0|2 -1 0|-2 -2 1 1 1 1|1 1 2 1 1 5 1 1 5|2 2 -2|65536 65536 0|"
         "99999999999 1 0|2 2 1|2 2 2 1 1 1|2 2 1 1 1|2 2 1 0 1 5|2 2 1 1 3 5|"
         "2 2 1 3 1 5|2 2 1 1 -1 5|2 2 1 1 1 x|2 2 1 1 1 5x|2 2 1 1.5 1 5|"
         "2 2 2 1 1 5 1 x 5|+-2 2 0|";
