@@ -14,8 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     int const i = static_cast<int>(choose.next() % 8), j = static_cast<int>(choose.next() % 8);
     std::string const text = choose.rest();
     // Large matrices take their memory, whatever they hold.
-    int rows, cols;
-    if (std::sscanf(text.c_str(), "%5d%5d", &rows, &cols) == 2 && rows > 0 && cols > 1000000 / rows)
+    long long rows, cols;
+    if (std::sscanf(text.c_str(), "%18lld%18lld", &rows, &cols) == 2 &&
+        (rows > 1000 || cols > 1000))
         return 0;
     try {
         sparse s;

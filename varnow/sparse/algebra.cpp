@@ -340,8 +340,8 @@ sparse row(sparse const& a, int n)
     int const count = std::max(x.nnz, 0);
     int first, last;
     if (x.indexed) {
-        first = x.row_begin[n];
-        last = x.row_end[n];
+        first = std::max(x.row_begin[n], 0);
+        last = std::max(x.row_end[n], 0);
     } else {
         first = static_cast<int>(std::lower_bound(x.rowidx, x.rowidx + count, n) - x.rowidx);
         last = static_cast<int>(std::upper_bound(x.rowidx, x.rowidx + count, n) - x.rowidx);
