@@ -9,12 +9,18 @@ namespace varnow {
 
 namespace {
 
-bool is_inside(sparse const& s, int i, int j, char const* routine)
+// Apart from the search, whose frame it would burden.
+[[gnu::noinline]] bool refuse_outside(sparse const& s, int i, int j, char const* routine)
 {
-    if (i >= 1 && i <= s.rows && j >= 1 && j <= s.cols) return true;
     errormessage("SPARSE", routine, "indeks poza zakresem",
                  detail::index_detail(s.rows, s.cols, i, j));
     return false;
+}
+
+bool is_inside(sparse const& s, int i, int j, char const* routine)
+{
+    if (i >= 1 && i <= s.rows && j >= 1 && j <= s.cols) return true;
+    return refuse_outside(s, i, j, routine);
 }
 
 // Where the search for an entry stopped: at it, or at the first one behind it. For an indexed row
@@ -29,13 +35,12 @@ struct place
 // most room - before behind the others; where all are stored, that leaves one position.
 template <class F> int first_not(int n, int before, int room, F const& precedes)
 {
-    int low = std::max(0, n - (room - before)), high = std::min(n, before);
-    while (low < high) {
-        int const middle = low + (high - low) / 2;
-        if (precedes(middle))
-            low = middle + 1;
-        else
-            high = middle;
+    int low = std::max(0, n - (room - before)), left = std::min(n, before) - low;
+    while (left > 0) {
+        int const half = left / 2;
+        bool const behind = precedes(low + half);
+        low = behind ? low + half + 1 : low;
+        left = behind ? left - half - 1 : half;
     }
     return low;
 }
@@ -64,7 +69,6 @@ place find_in_list(sparse const& s, int i, int j)
     auto const precedes = [&](int k) {
         return s.rowidx[k] < i || (s.rowidx[k] == i && s.colidx[k] < j);
     };
-    if (n == 0 || (s.sorted && precedes(n - 1))) return {n, false};
     int const k = s.sorted ? first_not(n, (i - 1) * s.cols + j - 1, s.rows * s.cols, precedes)
                            : first_not_by_walk(n, precedes);
     return {k, k < n && s.rowidx[k] == i && s.colidx[k] == j};
@@ -75,27 +79,42 @@ place find(sparse const& s, int i, int j)
     return s.indexed ? find_in_row(s, i, j) : find_in_list(s, i, j);
 }
 
+bool is_behind_all(sparse const& s, int i, int j)
+{
+    if (s.nnz < 1) return true;
+    int const row = s.rowidx[s.nnz - 1];
+    return s.sorted && (i > row || (i == row && j > s.colidx[s.nnz - 1]));
+}
+
+double& append(sparse& s, int i, int j)
+{
+    int const at = std::max(s.nnz, 0);
+    if (s.indexed) {
+        if (s.row_begin[i] < 0) s.row_begin[i] = at;
+        s.row_end[i] = at + 1;
+    }
+    s.rowidx[at] = i;
+    s.colidx[at] = j;
+    s.nnz = at + 1;
+    return s.values[at] = 0.0;
+}
+
 // Makes room for an entry of row i in the index, and gives its position. `at` is where the search
 // in the row stopped.
 int insert_in_index(sparse& s, int i, int at)
 {
     int later = i + 1;
     if (s.row_begin[i] < 0 || s.row_begin[i] >= s.row_end[i]) {
-        at = s.nnz;
-        // Behind the last entry there are no rows to look at.
-        if (s.nnz > 0 && !(s.sorted && s.rowidx[s.nnz - 1] < i)) {
-            while (later <= s.rows && s.row_begin[later] < 0) ++later;
-            if (later <= s.rows) at = s.row_begin[later];
-        }
+        while (later <= s.rows && s.row_begin[later] < 0) ++later;
+        at = later <= s.rows ? s.row_begin[later] : s.nnz;
         s.row_begin[i] = at;
         s.row_end[i] = at;
     }
     ++s.row_end[i];
-    if (at < s.nnz || !s.sorted)
-        for (; later <= s.rows; ++later) {
-            s.row_begin[later] += s.row_begin[later] >= 0;
-            s.row_end[later] += s.row_end[later] >= 0;
-        }
+    for (; later <= s.rows; ++later) {
+        s.row_begin[later] += s.row_begin[later] >= 0;
+        s.row_end[later] += s.row_end[later] >= 0;
+    }
     return at;
 }
 
@@ -148,9 +167,9 @@ double& sparse::operator()(int i, int j)
     static double nowhere;
     char const* const routine = "double & operator ()(int,int)";
     if (!is_inside(*this, i, j, routine)) return nowhere = 0.0;
+    if (is_behind_all(*this, i, j)) return append(*this, i, j);
     place const p = find(*this, i, j);
     if (p.found) return values[p.at];
-    if (nnz < 0) nnz = 0;
     if (nnz == rows * cols) {
         errormessage("SPARSE", routine, "powtorzone pozycje", Text(" ( ") + i + " , " + j + " )");
         return nowhere = 0.0;

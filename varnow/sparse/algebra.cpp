@@ -14,29 +14,20 @@ namespace varnow {
 
 namespace {
 
-// A list as its operand in ascending order. Of one that a file or a hand left otherwise it is a
-// sorted copy, in which the last entry of a position counts.
+// An operand's list in ascending order. Of one that a file has left otherwise it is a sorted copy,
+// in which the last entry of a position counts.
 class ascending
 {
 public:
-    explicit ascending(sparse const& s) : list_(is_ascending(s) ? s : held_)
+    explicit ascending(sparse const& s) : list_(s.sorted ? s : held_)
     {
-        if (&list_ == &held_) sort_in(s);
+        if (!s.sorted) sort_in(s);
     }
     ascending(ascending const&) = delete;
     ascending& operator=(ascending const&) = delete;
     sparse const& list() const { return list_; }
 
 private:
-    static bool is_ascending(sparse const& s)
-    {
-        int bad = 0;
-        for (int k = 1; k < s.nnz; ++k)
-            bad |= (s.rowidx[k - 1] > s.rowidx[k]) |
-                   ((s.rowidx[k - 1] == s.rowidx[k]) & (s.colidx[k - 1] >= s.colidx[k]));
-        return bad == 0;
-    }
-
     void sort_in(sparse const& s)
     {
         std::vector<int> order(static_cast<std::size_t>(s.nnz));
@@ -67,13 +58,14 @@ public:
     }
     sparse result()
     {
-        result_.nnz = n_;
+        result_.nnz = static_cast<int>(n_);
         return std::move(result_);
     }
 
 private:
     sparse result_;
-    int n_ = 0;
+    // Not an int, which stores to the arrays might change.
+    std::ptrdiff_t n_ = 0;
 };
 
 bool of_one_shape(sparse const& a, sparse const& b, char const* routine)
@@ -146,45 +138,71 @@ struct row_table
         end = begin + 1;
     }
 
+    int count(int i) const { return end[i] - begin[i]; }
+
     std::vector<int> starts;
     int const* begin;
     int const* end;
 };
 
-// Sums of one row of a product, all 0 between rows. Which of them have been touched is marked in a
-// bit each, unless they are so many that all are looked at.
+// Sums of one row of a product, all 0 between rows. Where few are touched, each of these is marked
+// by a bit, else all are looked at.
 class row_sums
 {
 public:
     explicit row_sums(int cols)
-        : sums_(static_cast<std::size_t>(cols)), marks_((static_cast<std::size_t>(cols) + 63) / 64)
+        : cols_(static_cast<std::size_t>(cols)),
+          many_(cols_ > few ? cols_ : 0),
+          marks_(cols_ > few ? (cols_ + 63) / 64 : 0),
+          sums_(cols_ > few ? many_.data() : few_)
     {
     }
+    row_sums(row_sums const&) = delete;
+    row_sums& operator=(row_sums const&) = delete;
+
+    void expect(std::int64_t terms) { marked_ = cols_ > few && terms < cols(); }
 
     void add(double factor, int const* column, double const* value, int n)
     {
-        for (int k = 0; k < n; ++k) {
-            std::size_t const j = static_cast<std::size_t>(column[k] - 1);
-            sums_[j] += factor * value[k];
-            marks_[j / 64] |= std::uint64_t(1) << (j % 64);
+        if (n == cols()) {
+            for (std::size_t j = 0; j < cols_; ++j) sums_[j] += factor * value[j];
+        } else if (marked_) {
+            for (int k = 0; k < n; ++k) {
+                std::size_t const j = static_cast<std::size_t>(column[k] - 1);
+                sums_[j] += factor * value[k];
+                marks_[j / 64] |= std::uint64_t(1) << (j % 64);
+            }
+        } else {
+            for (int k = 0; k < n; ++k) sums_[column[k] - 1] += factor * value[k];
         }
     }
 
     void move_to(writer& w, int i)
     {
-        for (std::size_t m = 0; m < marks_.size(); ++m) {
-            for (std::uint64_t left = marks_[m]; left != 0; left &= left - 1) {
-                std::size_t const j = 64 * m + static_cast<std::size_t>(__builtin_ctzll(left));
-                w.put(i, static_cast<int>(j) + 1, sums_[j]);
-                sums_[j] = 0.0;
-            }
-            marks_[m] = 0;
+        auto const move = [&](std::size_t j) {
+            w.put(i, static_cast<int>(j) + 1, sums_[j]);
+            sums_[j] = 0.0;
+        };
+        if (!marked_) {
+            for (std::size_t j = 0; j < cols_; ++j) move(j);
+            return;
         }
+        for (std::size_t m = 0; m < marks_.size(); ++m)
+            for (std::uint64_t& left = marks_[m]; left != 0; left &= left - 1)
+                move(64 * m + static_cast<std::size_t>(__builtin_ctzll(left)));
     }
 
 private:
-    std::vector<double> sums_;
+    static constexpr std::size_t few = 32;
+    int cols() const { return static_cast<int>(cols_); }
+
+    std::size_t cols_;
+    bool marked_ = false;
+    // The products of a network's forward pass are small: no allocation for them.
+    double few_[few] = {};
+    std::vector<double> many_;
     std::vector<std::uint64_t> marks_;
+    double* sums_;
 };
 
 // The smallest or largest of the numbers of non-zero entries, by `better`, or `none`.
@@ -266,12 +284,14 @@ sparse mul(sparse const& a, sparse const& b)
     row_table const rows(y);
     row_sums sums(b.cols);
     writer w(a.rows, b.cols);
-    for (int p = 0; p < x.nnz;) {
-        int const i = x.rowidx[p];
-        for (; p < x.nnz && x.rowidx[p] == i; ++p) {
-            int const k = x.colidx[p], first = rows.begin[k];
-            if (first < rows.end[k])
-                sums.add(x.values[p], y.colidx + first, y.values + first, rows.end[k] - first);
+    for (int first = 0, last = 0; first < x.nnz; first = last) {
+        int const i = x.rowidx[first];
+        std::int64_t terms = 0;
+        for (; last < x.nnz && x.rowidx[last] == i; ++last) terms += rows.count(x.colidx[last]);
+        sums.expect(terms);
+        for (int p = first; p < last; ++p) {
+            int const k = x.colidx[p], n = rows.count(k), at = rows.begin[k];
+            if (n > 0) sums.add(x.values[p], y.colidx + at, y.values + at, n);
         }
         sums.move_to(w, i);
     }
@@ -320,8 +340,8 @@ sparse row(sparse const& a, int n)
     int const count = std::max(x.nnz, 0);
     int first, last;
     if (x.indexed) {
-        first = x.row_begin[n];
-        last = x.row_end[n];
+        first = std::max(x.row_begin[n], 0);
+        last = std::max(x.row_end[n], 0);
     } else {
         first = static_cast<int>(std::lower_bound(x.rowidx, x.rowidx + count, n) - x.rowidx);
         last = static_cast<int>(std::upper_bound(x.rowidx, x.rowidx + count, n) - x.rowidx);

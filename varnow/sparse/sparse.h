@@ -24,7 +24,7 @@ public:
     int indexed;    ///< 1 while there is a row index
     int* row_begin; ///< for row i (element 0 is not used) the position of its first entry, or -1
     int* row_end;   ///< for row i one past the position of its last entry, or -1
-    int sorted;     ///< 0 while the list may be out of order, which only a file brings about
+    int sorted;     ///< 0 while the list may be out of order, as a file may leave it
 
     /// 0 by 0, `nnz` 0.
     sparse() noexcept;
@@ -221,7 +221,7 @@ sparse forall(sparse const& a, double (*f)(double, int), I p)
 }
 
 VARNOW_API double sum(sparse const& a);
-VARNOW_API double sumsqr(sparse a);
+VARNOW_API double sumsqr(sparse const& a);
 /// 1 for equal sizes, numbers of entries, and entries in list order, else 0; a NaN equals nothing.
 VARNOW_API int compare(sparse const& a, sparse const& b);
 VARNOW_API int minrow(sparse const& a);

@@ -8,9 +8,10 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -103,6 +104,22 @@ bool parse(std::string const& text, sparse& s)
     return true;
 }
 
+// printf's "%d %d %g\n" in `line`, of which it returns the end.
+char* put_line(char (&line)[64], int i, int j, double x, bool point)
+{
+    constexpr int whole = 11, decimal = 24;
+    char* p = std::to_chars(line, line + whole, i).ptr;
+    *p++ = ' ';
+    p = std::to_chars(p, p + whole, j).ptr;
+    *p++ = ' ';
+    if (point)
+        p = std::to_chars(p, p + decimal, x, std::chars_format::general, 6).ptr;
+    else
+        p += std::snprintf(p, decimal, "%g", x);
+    *p++ = '\n';
+    return p;
+}
+
 // How the values of a matrix are printed.
 struct number_form
 {
@@ -164,8 +181,12 @@ int sparse::writetxt(char const* name, int fatal) const
     bool written = false;
     if (file f{std::fopen(name, "wt")}) {
         std::fprintf(f.get(), "%d %d %d\n", rows, cols, nnz);
-        for (int k = 0; k < nnz; ++k)
-            std::fprintf(f.get(), "%d %d %g\n", rowidx[k], colidx[k], values[k]);
+        bool const point = detail::point_locale();
+        char line[64];
+        for (int k = 0; k < nnz; ++k) {
+            char const* const end = put_line(line, rowidx[k], colidx[k], values[k], point);
+            std::fwrite(line, 1, static_cast<std::size_t>(end - line), f.get());
+        }
         bool const failed = std::ferror(f.get()) != 0;
         written = std::fclose(f.release()) == 0 && !failed;
     }
