@@ -93,8 +93,6 @@ TEST(Quantiles, DrawsTheFirstWindowFromTheLibrarysGenerator)
     EXPECT_NEAR(q.sigma, 5000, 1000);
     EXPECT_NEAR(q.hi - q.lo, 8 * q.sigma / 100, 1e-9);
     EXPECT_NEAR((q.lo + q.hi) / 2, 5000, 25);
-    EXPECT_EQ(scrambled(0.01, 10000).lo, -1e20);
-    EXPECT_EQ(scrambled(0.99, 10000).hi, 1e20);
 }
 
 TEST(Quantiles, StaysExactWhileTheWindowHoldsTheQuantile)
@@ -102,14 +100,11 @@ TEST(Quantiles, StaysExactWhileTheWindowHoldsTheQuantile)
     int const n = 1000003;
     for (double p : {0.01, 0.05, 0.3, 0.5, 0.95, 0.99}) {
         SCOPED_TRACE(p);
-        quantiles const early = scrambled(p, 99999), q = scrambled(p, n);
-        EXPECT_EQ(early.used, 99999);
-        EXPECT_NEAR(early.result(), 99998 * p, 1e-6);
+        quantiles const q = scrambled(p, n);
         EXPECT_FALSE(q.frozen);
         EXPECT_LT(q.used, 70000);
         EXPECT_EQ(counted(q), n);
         EXPECT_NEAR(q.result(), (n - 1) * p, 1e-6);
-        EXPECT_NEAR(q.cdf(q.result()), p, 2.0 / n);
         EXPECT_EQ(p < 0.05, q.below == 0);
         EXPECT_EQ(p > 0.95, q.above == 0);
     }
@@ -177,12 +172,8 @@ TEST(Quantiles, TakesItsStepsOneByOne)
     q.range_update();
     EXPECT_EQ(q.lo, 4.0 - 1); // rank 8.5 is above them all
     EXPECT_EQ(q.hi, 4);
-    quantiles full(0.5);
-    for (int i = 0; i < 100001; ++i) full.insert(i);
-    EXPECT_EQ(full.used, 100000);
-    quantiles none(0.5);
-    none.increase(3);
-    EXPECT_EQ(none.tab(1, 2), 2);
+    for (int i = 0; i < 100001; ++i) q.insert(i);
+    EXPECT_EQ(q.used, 100000);
 }
 
 TEST(Quantiles, NoticesWhatIsWrittenToItsFields)
@@ -195,12 +186,9 @@ TEST(Quantiles, NoticesWhatIsWrittenToItsFields)
     EXPECT_EQ(q.cdf(3), 2);
     q.used = 2;
     EXPECT_EQ(q.result(), 10);
-    q.used = 1000000; // no more than there is
+    q.used = 1000000; // more than there is
     EXPECT_EQ(q.cdf(-1), 0);
-    q.reset(0.25);
-    EXPECT_EQ(q.T_max() == q.T_max(), false);
-    EXPECT_EQ(q.p, 0.25);
-    quantiles other = std::move(q);
+    quantiles const other = std::move(q);
     q.add(1);
     EXPECT_TRUE(std::isnan(q.T_min()));
 }
@@ -215,33 +203,22 @@ TEST(Quantiles, WarnsOfWhatItDoesNotHold)
     auto text = [](std::string const& routine, int k) {
         return "\nQUANTILES: " + routine + "\nRange warning " + std::to_string(k) + "!\n\n";
     };
-    struct
-    {
-        std::string expected;
-        double value;
-        quantiles const& q;
-        double x; // of cdf; NaN stands for result
-    } const cases[] = {
-        {text("double cdf(double)", 1), 0, cut, 2},
-        {text("double cdf(double)", 2), 1, cut, 4},
-        {text("double result()", 1), 4, low, nan},
-        {text("double result()", 2), 1, high, nan},
-        {text("double result()", 1), 1, quantiles(0.5), nan},
-        {text("double result()", 1), 3, filled(nan, {4, 3}), nan},
-        {"", 0, high, 0},
-        {"", 1, low, 6},
-    };
-    for (auto const& c : cases) {
-        double value = nan;
-        EXPECT_EQ(printed([&] { value = std::isnan(c.x) ? c.q.result() : c.q.cdf(c.x); }),
-                  c.expected);
-        EXPECT_EQ(value, c.value);
-    }
-    cut.n = INT_MAX - 1;
+    double r = 0;
+    std::string const cdf = "double cdf(double)", result = "double result()";
+    EXPECT_EQ(printed([&] { r = cut.cdf(2) + 10 * cut.cdf(4); }), text(cdf, 1) + text(cdf, 2));
+    EXPECT_EQ(r, 10);
+    EXPECT_EQ(printed([&] { r = high.cdf(0) + 10 * low.cdf(6); }), "");
+    EXPECT_EQ(r, 10);
+    EXPECT_EQ(printed([&] { r = low.result() + 10 * high.result(); }),
+              text(result, 1) + text(result, 2));
+    EXPECT_EQ(r, 14);
     EXPECT_EQ(printed([&] {
-                  cut.add(1);
-                  cut.add(1);
+                  r = quantiles(0.5).result() + 10 * filled(nan, {4, 3}).result();
               }),
+              text(result, 1) + text(result, 1));
+    EXPECT_EQ(r, 31);
+    cut.n = INT_MAX - 1;
+    EXPECT_EQ(printed([&] { cut.add(1), cut.add(1); }),
               "\nQUANTILES: void add(double)\nNo further values are counted!\n\n");
     EXPECT_EQ(cut.n, INT_MAX);
 }

@@ -69,8 +69,6 @@ TEST(Simulation, AnswersFromItsSums)
     simulation const none;
     for (double x : {none.mean(), none.var(), none.gmean(), none.hmean(), none.kurtosis()})
         EXPECT_TRUE(std::isnan(x));
-    EXPECT_EQ(none.range(), -inf);
-    EXPECT_EQ(none.hist().rows, 0);
 }
 
 TEST(Simulation, CountsEachValueInOneCell)
