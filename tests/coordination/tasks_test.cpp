@@ -5,6 +5,7 @@
 #include <varnow/coordination/tasks.h>
 #include <varnow/core/console.h>
 
+#include <mutex>
 #include <thread>
 
 using namespace varnow;
@@ -118,6 +119,9 @@ TEST(Tasks, WaitsForWhoeverHoldsTheName)
     EXPECT_EQ(m(1, 1), 1.5);
 
     matrix seen;
+    using namespace std; // has a lock of its own
+    lock(seen, f.put("n", "R\tc\na\t2\n").c_str());
+    EXPECT_EQ(seen(1, 1), 2);
     std::thread second([&] {
         tasks t;
         t.changename(list);

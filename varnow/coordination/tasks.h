@@ -91,6 +91,15 @@ private:
 /// Wait.
 VARNOW_API void lock(matrix& m, Text path);
 VARNOW_API void lock(table& t, Text path);
+// A literal would go to std::lock where both namespaces are open.
+inline void lock(matrix& m, char const* path)
+{
+    lock(m, Text(path));
+}
+inline void lock(table& t, char const* path)
+{
+    lock(t, Text(path));
+}
 /// Write the object whole into the file of the lock and give it back. Warn at the first failure of
 /// writing, and wait. Cells of a matrix have six decimals.
 VARNOW_API void unlock(matrix const& m, Text path);
