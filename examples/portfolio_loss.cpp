@@ -189,8 +189,7 @@ void repair(Text const& folder)
     t.changename(list_in(folder));
     t.lock();
     t.repair();
-    t.save(); // gives the plain name back
-    t.lock(); // replaces the outdated file of the first lock
+    t.save();
     t.unlock();
 }
 

@@ -154,7 +154,6 @@ struct batch
         t.lock();
         t.repair();
         t.save();
-        t.lock();
         t.unlock();
         workers.push_back(start([&] { work_through(list, counts); }));
     }

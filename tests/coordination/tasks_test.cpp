@@ -90,9 +90,14 @@ TEST(Tasks, RepairsUnderTheLock)
     t.lock();
     t.repair();
     t.save();
-    t.lock();
+    EXPECT_EQ(f.names(), std::vector<std::string>{"list"});
     t.unlock();
     EXPECT_EQ(states(tasks(t.filename)), "finished;waiting;waiting;odd;");
+    t.lock();
+    t.save();
+    t.reserve(2); // the lock was not taken again
+    t.unlock();
+    EXPECT_EQ(states(tasks(t.filename)), "finished;in progress;waiting;odd;");
     EXPECT_EQ(f.names(), std::vector<std::string>{"list"});
 }
 

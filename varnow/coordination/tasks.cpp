@@ -125,22 +125,28 @@ void tasks::load()
     take_sizes("void load()");
 }
 
-void tasks::save() const
+void tasks::save()
 {
-    replace_waiting(list, filename);
+    if (lock_ != holding) return replace_waiting(list, filename);
+    Text const held = lock_file(filename);
+    replace_waiting(list, held);
+    move(held, filename);
+    lock_ = given_back;
 }
 
 void tasks::lock()
 {
     Text const held = lock_file(filename);
     move(filename, held);
+    lock_ = holding;
     list.readtxt(held.str, 0, 1, 1, 1, 9, 1);
     take_sizes("void lock()");
 }
 
-void tasks::unlock() const
+void tasks::unlock()
 {
-    move(lock_file(filename), filename);
+    if (lock_ != given_back) move(lock_file(filename), filename);
+    lock_ = apart;
 }
 
 int tasks::find() const
@@ -205,6 +211,8 @@ void tasks::change(int row, char const* state, char const* routine)
         errormessage("TASKS", routine, "indeks poza zakresem",
                      detail::index_detail(n_tasks, n_params, itot(row)));
     list(row, list.cols) = state;
+    // What is written here waits for an unlock of its own.
+    if (lock_ == given_back) lock_ = apart;
     Text const held = lock_file(filename);
     if (!replace(list, held)) errormessage<Text>(writer, not_written, "plik: " + held);
 }

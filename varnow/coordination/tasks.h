@@ -53,15 +53,15 @@ public:
     /// content of that moment, which the list may have left behind since; where somebody rewrites
     /// that file in place, by an editor for one, it can see half of it.
     void load();
-    /// Writes the file, without the lock; warns at the first failure, and waits. For a list that
-    /// nobody uses yet, and for repairs: `lock`, `repair`, `save`, and then, since `save` has
-    /// released the plain name and the file of the lock is out of date, `lock` and `unlock`.
-    void save() const;
+    /// Writes the file; does not take the lock. Warns at the first failure, and waits. An object
+    /// that holds the lock writes through it and so gives it back with the new content; the
+    /// `unlock` that follows has nothing left to do (`lock`, `repair`, `save`, `unlock`).
+    void save();
 
     /// Takes the lock and reads the newest list. Waits.
     void lock();
     /// Gives the lock back; writes nothing. Waits, also when it was not held.
-    void unlock() const;
+    void unlock();
     /// The first row in state "waiting" of the list in memory, 0 if there is none.
     int find() const;
     /// Put the row into state "in progress" and "finished" and write the list into the file of the
@@ -82,6 +82,8 @@ public:
     static void waitfor(Text const& path);
 
 private:
+    enum { apart, holding, given_back } lock_ = apart;
+
     void take_sizes(char const* routine);
     void change(int row, char const* state, char const* routine);
     void fill_states(char const* state);
