@@ -170,6 +170,8 @@ TEST(Conversions, FailuresAreRcppsExceptions)
         return text;
     };
     EXPECT_EQ(thrown([&] { rtext(zero); }), "embedded_nul_in_string: Embedded NUL in string.");
+    EXPECT_EQ(thrown([] { ctext(Rcpp::String(std::string("a\0b", 3))); }),
+              "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(zeros(table(1, 1)), "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(zeros(table(0, 1)), "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(thrown([&] { cmatrix(flat); }), "not_a_matrix: Not a matrix.");
