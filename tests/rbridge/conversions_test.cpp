@@ -19,20 +19,19 @@ template <class R> R eval(char const* code)
 // What a call throws: "class: text" for the classes that the conversions throw.
 template <class F> std::string thrown(F f)
 {
-#define CASE(name)                                                                                 \
-    catch (Rcpp::name const& e)                                                                    \
-    {                                                                                              \
-        return std::string(#name ": ") + e.what();                                                 \
-    }
+    // clang-format off
+#define CASE(name) catch (Rcpp::name const& e) { return std::string(#name ": ") + e.what(); }
     try {
         f();
     }
     CASE(not_a_matrix)
     CASE(not_compatible)
     CASE(index_out_of_bounds)
-    CASE(embedded_nul_in_string) CASE(eval_error)
+    CASE(embedded_nul_in_string)
+    CASE(eval_error)
 #undef CASE
-        return "";
+    // clang-format on
+    return "";
 }
 
 TEST(Conversions, TextsCrossByteByByte)
@@ -170,6 +169,8 @@ TEST(Conversions, FailuresAreRcppsExceptions)
         return text;
     };
     EXPECT_EQ(thrown([&] { rtext(zero); }), "embedded_nul_in_string: Embedded NUL in string.");
+    EXPECT_EQ(thrown([] { ctext(Rcpp::String(std::string("a\0b", 3))); }),
+              "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(zeros(table(1, 1)), "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(zeros(table(0, 1)), "embedded_nul_in_string: Embedded NUL in string.");
     EXPECT_EQ(thrown([&] { cmatrix(flat); }), "not_a_matrix: Not a matrix.");

@@ -69,7 +69,8 @@ private:
 Text ctext(Rcpp::String const& x)
 {
     need_r("Text ctext(Rcpp::String)");
-    return Text(x.get_cstring());
+    // A string's own buffer may hold a zero byte, which this refuses.
+    return Text(CHAR(x.get_sexp()));
 }
 
 Rcpp::String rtext(Text const& x)

@@ -16,6 +16,7 @@ namespace varnow {
 // (class RBRIDGE). All other failures are exceptions of Rcpp.
 
 /// The bytes of an R string, in its own encoding; NA gives "NA".
+/// - throws: embedded_nul_in_string for one made in C++ with a zero byte inside
 VARNOW_API Text ctext(Rcpp::String const& x);
 /// A string of native encoding.
 /// - throws: embedded_nul_in_string for a text with a zero byte inside
