@@ -9,6 +9,7 @@ function(varnow_public_headers out)
         if(NOT path IN_LIST found AND EXISTS ${path})
             list(APPEND found ${path})
             file(STRINGS ${path} includes REGEX "^#include <varnow/")
+            list(FILTER includes EXCLUDE REGEX "/rbridge/") # installed where it is built
             list(TRANSFORM includes REPLACE ".*<(.*)>.*" "\\1")
             list(APPEND queue ${includes})
         endif()

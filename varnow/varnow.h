@@ -1,4 +1,4 @@
-// Every public header of the library.
+// Every public header of the library; those of R only for a program that has included Rcpp.
 #pragma once
 
 #include <varnow/accumulators/quantiles.h>
@@ -37,3 +37,7 @@
 #include <varnow/reports/gplot.h>
 #include <varnow/reports/html.h>
 #include <varnow/sparse/sparse.h>
+
+#if defined(Rcpp_hpp) && __has_include(<varnow/rbridge/conversions.h>)
+#include <varnow/rbridge/conversions.h>
+#endif

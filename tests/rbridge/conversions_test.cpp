@@ -1,7 +1,6 @@
-#include <varnow/rbridge/conversions.h>
-#include <varnow/varnow.h>
-
 #include <RInside.h>
+
+#include <varnow/varnow.h> // behind R's headers
 
 #include "tests/support/refusal.h"
 

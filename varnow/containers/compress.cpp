@@ -34,9 +34,7 @@ class new_file
 {
 public:
     explicit new_file(char const* name)
-        : name_(name),
-          beside_(replaceable(name)),
-          draft_(beside_ ? name_ + "." + std::to_string(platform::process_id()) + ".part" : "")
+        : name_(name), beside_(replaceable(name)), draft_(beside_ ? detail::draft_name(name_) : "")
     {
     }
     char const* place() const { return beside_ ? draft_.name() : name_.c_str(); }

@@ -1,5 +1,8 @@
 #include <varnow/containers/temporary_file.h>
 
+#include <varnow/core/platform.h>
+
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <set>
@@ -45,6 +48,12 @@ temporary_file::~temporary_file()
 void temporary_file::remove() const
 {
     std::remove(name_.c_str());
+}
+
+std::string draft_name(std::string const& file)
+{
+    static std::atomic<unsigned> count{0};
+    return file + "." + platform::process_name() + "." + std::to_string(++count);
 }
 
 } // namespace varnow::detail

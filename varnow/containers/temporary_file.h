@@ -22,4 +22,8 @@ private:
     std::string name_;
 };
 
+/// A name beside the file's that no other process or call uses, also on machines that share the
+/// folder.
+std::string draft_name(std::string const& file);
+
 } // namespace varnow::detail

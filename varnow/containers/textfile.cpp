@@ -7,7 +7,6 @@
 #include <varnow/core/platform.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
@@ -228,10 +227,8 @@ void data<T>::ulwritetxt(char const* name, int show, int rownames, int header, i
 {
     // A reader may hold a file under the name with the underscore, and puts back what it finds
     // there: what comes to stand there must be whole already.
-    static std::atomic<unsigned> count{0};
     std::string const held = underscored(name);
-    detail::temporary_file const draft(held + "." + std::to_string(platform::process_id()) + "." +
-                                       std::to_string(++count));
+    detail::temporary_file const draft(detail::draft_name(held));
     swritetxt(draft.name(), show, rownames, header, quotes, sep, dec, wait);
     until([&] { return platform::replace_file(draft.name(), held.c_str()) == 0; }, wait);
     until([&] { return moved(held, name); }, wait);

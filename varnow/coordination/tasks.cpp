@@ -3,9 +3,7 @@
 #include <varnow/core/console.h>
 #include <varnow/core/platform.h>
 
-#include <atomic>
 #include <filesystem>
-#include <string>
 
 namespace varnow {
 
@@ -37,10 +35,7 @@ template <class T> void read(data<T>& a, Text const& path)
 // one is whole.
 template <class T> bool replace(data<T> const& a, Text const& path)
 {
-    static std::atomic<unsigned> count{0};
-    detail::temporary_file const draft(std::string(path.str) + "." +
-                                       std::to_string(platform::process_id()) + "." +
-                                       std::to_string(++count));
+    detail::temporary_file const draft(detail::draft_name(path.str));
     if (a.writetxt(draft.name(), 0, 1, 1, 0, 9, 44, 0) != 0) return false;
     // Partners under other users keep their access.
     std::error_code ignored;

@@ -32,7 +32,8 @@ VARNOW_API int replace_file(char const* from, char const* to);
 /// The path of a new, empty file in the temporary directory, which the caller overwrites and
 /// removes; the empty string when none can be made.
 VARNOW_API std::string temporary_name();
-VARNOW_API long process_id();
+/// Host and number of this process, as a part of a file's name.
+VARNOW_API std::string process_name();
 
 /// Asks that fresh memory be backed by large pages where the system has them.
 VARNOW_API void advise_large_pages(void* memory, std::size_t bytes);

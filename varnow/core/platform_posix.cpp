@@ -155,9 +155,11 @@ std::string temporary_name()
     return name;
 }
 
-long process_id()
+std::string process_name()
 {
-    return static_cast<long>(getpid());
+    char host[256] = "";
+    gethostname(host, sizeof host - 1);
+    return std::string(host) + "." + std::to_string(getpid());
 }
 
 void advise_large_pages(void* memory, std::size_t bytes)

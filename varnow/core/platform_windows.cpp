@@ -87,9 +87,12 @@ std::string temporary_name()
     return name;
 }
 
-long process_id()
+std::string process_name()
 {
-    return static_cast<long>(GetCurrentProcessId());
+    char host[MAX_COMPUTERNAME_LENGTH + 1] = "";
+    DWORD length = sizeof host;
+    GetComputerNameA(host, &length);
+    return std::string(host) + "." + std::to_string(GetCurrentProcessId());
 }
 
 void advise_large_pages(void*, std::size_t) {}

@@ -1,5 +1,5 @@
 // Values carried to and from R, through the classes of Rcpp. A program that includes this header is
-// built with the headers of R and Rcpp, so varnow.h leaves it out.
+// built with the headers of R and Rcpp, so varnow.h brings it only behind Rcpp.h.
 #pragma once
 
 #include <varnow/containers/matrix.h>
