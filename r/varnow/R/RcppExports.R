@@ -2,22 +2,86 @@
 # Generator token: 10BE3573-1514-4C36-9D1C-5A225CD40393
 
 algebra_lineqns <- function(a, b, method) {
-    .Call('_varnow_algebra_lineqns', PACKAGE = 'varnow', a, b, method)
+    .Call(`_varnow_algebra_lineqns`, a, b, method)
 }
 
 algebra_inv <- function(a, method) {
-    .Call('_varnow_algebra_inv', PACKAGE = 'varnow', a, method)
+    .Call(`_varnow_algebra_inv`, a, method)
 }
 
 algebra_det <- function(a) {
-    .Call('_varnow_algebra_det', PACKAGE = 'varnow', a)
+    .Call(`_varnow_algebra_det`, a)
+}
+
+files_look <- function(file, sep, quotes, header) {
+    .Call(`_varnow_files_look`, file, sep, quotes, header)
+}
+
+files_read_frame <- function(file, sep, header, row_names, quotes, show, dec, na, as_text) {
+    .Call(`_varnow_files_read_frame`, file, sep, header, row_names, quotes, show, dec, na, as_text)
+}
+
+files_read_matrix <- function(file, sep, header, row_names, quotes, show) {
+    .Call(`_varnow_files_read_matrix`, file, sep, header, row_names, quotes, show)
+}
+
+files_write_matrix <- function(x, file, sep, header, row_names, quotes, show, dec) {
+    .Call(`_varnow_files_write_matrix`, x, file, sep, header, row_names, quotes, show, dec)
+}
+
+files_write_frame <- function(columns, names, rows, row_names, file, sep, header, quotes, dec) {
+    .Call(`_varnow_files_write_frame`, columns, names, rows, row_names, file, sep, header, quotes, dec)
+}
+
+files_gzip <- function(from, to) {
+    .Call(`_varnow_files_gzip`, from, to)
+}
+
+files_gunzip <- function(from, to) {
+    .Call(`_varnow_files_gunzip`, from, to)
+}
+
+grouping_groups <- function(keys, rows) {
+    .Call(`_varnow_grouping_groups`, keys, rows)
+}
+
+grouping_statistic <- function(x, groups, name, drop) {
+    .Call(`_varnow_grouping_statistic`, x, groups, name, drop)
+}
+
+grouping_pivot <- function(columns) {
+    .Call(`_varnow_grouping_pivot`, columns)
+}
+
+grouping_levels <- function(column) {
+    .Call(`_varnow_grouping_levels`, column)
+}
+
+grouping_cut <- function(x, breaks, closed_left) {
+    .Call(`_varnow_grouping_cut`, x, breaks, closed_left)
+}
+
+ordering_order <- function(x, decreasing) {
+    .Call(`_varnow_ordering_order`, x, decreasing)
+}
+
+ordering_unique <- function(x, from_last) {
+    .Call(`_varnow_ordering_unique`, x, from_last)
+}
+
+ordering_match <- function(x, y, from_last, no_match) {
+    .Call(`_varnow_ordering_match`, x, y, from_last, no_match)
+}
+
+ordering_sets <- function(x, y, which) {
+    .Call(`_varnow_ordering_sets`, x, y, which)
 }
 
 statistics_of_columns <- function(x, which, drop) {
-    .Call('_varnow_statistics_of_columns', PACKAGE = 'varnow', x, which, drop)
+    .Call(`_varnow_statistics_of_columns`, x, which, drop)
 }
 
 statistics_quantiles <- function(x, p, drop) {
-    .Call('_varnow_statistics_quantiles', PACKAGE = 'varnow', x, p, drop)
+    .Call(`_varnow_statistics_quantiles`, x, p, drop)
 }
 

@@ -62,8 +62,8 @@ as_table_arg <- function(x, what = deparse1(substitute(x))) {
 }
 
 # A list of columns as a data frame, names as they are.
-as_frame <- function(columns, row_names = NULL) {
-  rows <- if (length(columns)) length(columns[[1]]) else 0L
+as_frame <- function(columns, row_names = NULL,
+                     rows = if (length(columns)) length(columns[[1]]) else 0L) {
   structure(columns, class = "data.frame",
             row.names = if (is.null(row_names)) .set_row_names(rows) else row_names)
 }

@@ -46,6 +46,228 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// files_look
+Rcpp::List files_look(std::string const& file, std::string const& sep, bool quotes, bool header);
+RcppExport SEXP _varnow_files_look(SEXP fileSEXP, SEXP sepSEXP, SEXP quotesSEXP, SEXP headerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
+    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_look(file, sep, quotes, header));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_read_frame
+Rcpp::List files_read_frame(std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show, std::string const& dec, Rcpp::CharacterVector const& na, Rcpp::RObject const& as_text);
+RcppExport SEXP _varnow_files_read_frame(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP, SEXP decSEXP, SEXP naSEXP, SEXP as_textSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
+    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type na(naSEXP);
+    Rcpp::traits::input_parameter< Rcpp::RObject const& >::type as_text(as_textSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_read_frame(file, sep, header, row_names, quotes, show, dec, na, as_text));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_read_matrix
+Rcpp::NumericMatrix files_read_matrix(std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show);
+RcppExport SEXP _varnow_files_read_matrix(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
+    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_read_matrix(file, sep, header, row_names, quotes, show));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_write_matrix
+bool files_write_matrix(Rcpp::NumericMatrix const& x, std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show, std::string const& dec);
+RcppExport SEXP _varnow_files_write_matrix(SEXP xSEXP, SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP, SEXP decSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
+    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_write_matrix(x, file, sep, header, row_names, quotes, show, dec));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_write_frame
+bool files_write_frame(Rcpp::List const& columns, Rcpp::CharacterVector const& names, int rows, Rcpp::CharacterVector const& row_names, std::string const& file, std::string const& sep, bool header, bool quotes, std::string const& dec);
+RcppExport SEXP _varnow_files_write_frame(SEXP columnsSEXP, SEXP namesSEXP, SEXP rowsSEXP, SEXP row_namesSEXP, SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP quotesSEXP, SEXP decSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type names(namesSEXP);
+    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
+    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_write_frame(columns, names, rows, row_names, file, sep, header, quotes, dec));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_gzip
+bool files_gzip(std::string const& from, std::string const& to);
+RcppExport SEXP _varnow_files_gzip(SEXP fromSEXP, SEXP toSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type from(fromSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type to(toSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_gzip(from, to));
+    return rcpp_result_gen;
+END_RCPP
+}
+// files_gunzip
+bool files_gunzip(std::string const& from, std::string const& to);
+RcppExport SEXP _varnow_files_gunzip(SEXP fromSEXP, SEXP toSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type from(fromSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type to(toSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_gunzip(from, to));
+    return rcpp_result_gen;
+END_RCPP
+}
+// grouping_groups
+Rcpp::List grouping_groups(Rcpp::List const& keys, int rows);
+RcppExport SEXP _varnow_grouping_groups(SEXP keysSEXP, SEXP rowsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type keys(keysSEXP);
+    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_groups(keys, rows));
+    return rcpp_result_gen;
+END_RCPP
+}
+// grouping_statistic
+Rcpp::NumericVector grouping_statistic(Rcpp::NumericVector const& x, Rcpp::List const& groups, std::string const& name, bool drop);
+RcppExport SEXP _varnow_grouping_statistic(SEXP xSEXP, SEXP groupsSEXP, SEXP nameSEXP, SEXP dropSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type groups(groupsSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< bool >::type drop(dropSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_statistic(x, groups, name, drop));
+    return rcpp_result_gen;
+END_RCPP
+}
+// grouping_pivot
+Rcpp::List grouping_pivot(Rcpp::List const& columns);
+RcppExport SEXP _varnow_grouping_pivot(SEXP columnsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_pivot(columns));
+    return rcpp_result_gen;
+END_RCPP
+}
+// grouping_levels
+Rcpp::CharacterVector grouping_levels(Rcpp::List const& column);
+RcppExport SEXP _varnow_grouping_levels(SEXP columnSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type column(columnSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_levels(column));
+    return rcpp_result_gen;
+END_RCPP
+}
+// grouping_cut
+Rcpp::CharacterVector grouping_cut(Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& breaks, int closed_left);
+RcppExport SEXP _varnow_grouping_cut(SEXP xSEXP, SEXP breaksSEXP, SEXP closed_leftSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type breaks(breaksSEXP);
+    Rcpp::traits::input_parameter< int >::type closed_left(closed_leftSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_cut(x, breaks, closed_left));
+    return rcpp_result_gen;
+END_RCPP
+}
+// ordering_order
+SEXP ordering_order(SEXP x, bool decreasing);
+RcppExport SEXP _varnow_ordering_order(SEXP xSEXP, SEXP decreasingSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
+    Rcpp::traits::input_parameter< bool >::type decreasing(decreasingSEXP);
+    rcpp_result_gen = Rcpp::wrap(ordering_order(x, decreasing));
+    return rcpp_result_gen;
+END_RCPP
+}
+// ordering_unique
+SEXP ordering_unique(SEXP x, bool from_last);
+RcppExport SEXP _varnow_ordering_unique(SEXP xSEXP, SEXP from_lastSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
+    Rcpp::traits::input_parameter< bool >::type from_last(from_lastSEXP);
+    rcpp_result_gen = Rcpp::wrap(ordering_unique(x, from_last));
+    return rcpp_result_gen;
+END_RCPP
+}
+// ordering_match
+SEXP ordering_match(SEXP x, SEXP y, bool from_last, int no_match);
+RcppExport SEXP _varnow_ordering_match(SEXP xSEXP, SEXP ySEXP, SEXP from_lastSEXP, SEXP no_matchSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
+    Rcpp::traits::input_parameter< SEXP >::type y(ySEXP);
+    Rcpp::traits::input_parameter< bool >::type from_last(from_lastSEXP);
+    Rcpp::traits::input_parameter< int >::type no_match(no_matchSEXP);
+    rcpp_result_gen = Rcpp::wrap(ordering_match(x, y, from_last, no_match));
+    return rcpp_result_gen;
+END_RCPP
+}
+// ordering_sets
+SEXP ordering_sets(SEXP x, SEXP y, int which);
+RcppExport SEXP _varnow_ordering_sets(SEXP xSEXP, SEXP ySEXP, SEXP whichSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
+    Rcpp::traits::input_parameter< SEXP >::type y(ySEXP);
+    Rcpp::traits::input_parameter< int >::type which(whichSEXP);
+    rcpp_result_gen = Rcpp::wrap(ordering_sets(x, y, which));
+    return rcpp_result_gen;
+END_RCPP
+}
 // statistics_of_columns
 Rcpp::NumericMatrix statistics_of_columns(Rcpp::NumericMatrix const& x, Rcpp::CharacterVector const& which, bool drop);
 RcppExport SEXP _varnow_statistics_of_columns(SEXP xSEXP, SEXP whichSEXP, SEXP dropSEXP) {
@@ -77,6 +299,22 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
     {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
     {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
+    {"_varnow_files_look", (DL_FUNC) &_varnow_files_look, 4},
+    {"_varnow_files_read_frame", (DL_FUNC) &_varnow_files_read_frame, 9},
+    {"_varnow_files_read_matrix", (DL_FUNC) &_varnow_files_read_matrix, 6},
+    {"_varnow_files_write_matrix", (DL_FUNC) &_varnow_files_write_matrix, 8},
+    {"_varnow_files_write_frame", (DL_FUNC) &_varnow_files_write_frame, 9},
+    {"_varnow_files_gzip", (DL_FUNC) &_varnow_files_gzip, 2},
+    {"_varnow_files_gunzip", (DL_FUNC) &_varnow_files_gunzip, 2},
+    {"_varnow_grouping_groups", (DL_FUNC) &_varnow_grouping_groups, 2},
+    {"_varnow_grouping_statistic", (DL_FUNC) &_varnow_grouping_statistic, 4},
+    {"_varnow_grouping_pivot", (DL_FUNC) &_varnow_grouping_pivot, 1},
+    {"_varnow_grouping_levels", (DL_FUNC) &_varnow_grouping_levels, 1},
+    {"_varnow_grouping_cut", (DL_FUNC) &_varnow_grouping_cut, 3},
+    {"_varnow_ordering_order", (DL_FUNC) &_varnow_ordering_order, 2},
+    {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
+    {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
+    {"_varnow_ordering_sets", (DL_FUNC) &_varnow_ordering_sets, 3},
     {"_varnow_statistics_of_columns", (DL_FUNC) &_varnow_statistics_of_columns, 3},
     {"_varnow_statistics_quantiles", (DL_FUNC) &_varnow_statistics_quantiles, 3},
     {NULL, NULL, 0}
