@@ -61,6 +61,14 @@ grouping_cut <- function(x, breaks, closed_left) {
     .Call(`_varnow_grouping_cut`, x, breaks, closed_left)
 }
 
+linear_fit <- function(x, y, likelihood) {
+    .Call(`_varnow_linear_fit`, x, y, likelihood)
+}
+
+linear_fit_plain <- function(x, y) {
+    .Call(`_varnow_linear_fit_plain`, x, y)
+}
+
 ordering_order <- function(x, decreasing) {
     .Call(`_varnow_ordering_order`, x, decreasing)
 }

@@ -217,6 +217,31 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// linear_fit
+Rcpp::List linear_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool likelihood);
+RcppExport SEXP _varnow_linear_fit(SEXP xSEXP, SEXP ySEXP, SEXP likelihoodSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< bool >::type likelihood(likelihoodSEXP);
+    rcpp_result_gen = Rcpp::wrap(linear_fit(x, y, likelihood));
+    return rcpp_result_gen;
+END_RCPP
+}
+// linear_fit_plain
+Rcpp::List linear_fit_plain(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_linear_fit_plain(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(linear_fit_plain(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
 // ordering_order
 SEXP ordering_order(SEXP x, bool decreasing);
 RcppExport SEXP _varnow_ordering_order(SEXP xSEXP, SEXP decreasingSEXP) {
@@ -311,6 +336,8 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_grouping_pivot", (DL_FUNC) &_varnow_grouping_pivot, 1},
     {"_varnow_grouping_levels", (DL_FUNC) &_varnow_grouping_levels, 1},
     {"_varnow_grouping_cut", (DL_FUNC) &_varnow_grouping_cut, 3},
+    {"_varnow_linear_fit", (DL_FUNC) &_varnow_linear_fit, 3},
+    {"_varnow_linear_fit_plain", (DL_FUNC) &_varnow_linear_fit_plain, 2},
     {"_varnow_ordering_order", (DL_FUNC) &_varnow_ordering_order, 2},
     {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
     {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},

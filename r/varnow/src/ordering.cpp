@@ -16,15 +16,20 @@ template <class F> SEXP with_columns(SEXP x, SEXP y, F f)
                : f(table_arg(Rcpp::List(x)), table_arg(Rcpp::List(y)));
 }
 
-SEXP column_result(varnow::matrix const& x)
+SEXP vector_of(varnow::matrix const& x)
 {
     return varnow::rvector(x);
 }
-SEXP column_result(varnow::table const& x)
+SEXP vector_of(varnow::table const& x)
 {
+    // A single cell counts as a row, so a union may be one.
     Rcpp::CharacterVector r(x.rows * x.cols);
-    for (int i = 0; i < r.size(); ++i)
-        r[i] = x.cell[i][0].len == 0 ? Rcpp::String(NA_STRING) : varnow::rtext(x.cell[i][0]);
+    R_xlen_t k = 0;
+    for (int i = 0; i < x.rows; ++i)
+        for (int j = 0; j < x.cols; ++j) {
+            varnow::Text const& cell = x.cell[i][j];
+            r[k++] = cell.len == 0 ? Rcpp::String(NA_STRING) : varnow::rtext(cell);
+        }
     return r;
 }
 
@@ -42,7 +47,7 @@ SEXP ordering_order(SEXP x, bool decreasing)
 SEXP ordering_unique(SEXP x, bool from_last)
 {
     return with_column(
-        x, [from_last](auto const& column) { return column_result(unique(column, from_last)); });
+        x, [from_last](auto const& column) { return vector_of(unique(column, from_last)); });
 }
 
 // [[Rcpp::export]]
@@ -59,11 +64,11 @@ SEXP ordering_sets(SEXP x, SEXP y, int which)
     return with_columns(x, y, [which](auto const& a, auto const& b) -> SEXP {
         switch (which) {
         case 1:
-            return column_result(setunion(a, b));
+            return vector_of(setunion(a, b));
         case 2:
-            return column_result(setdiff(a, b));
+            return vector_of(setdiff(a, b));
         case 3:
-            return column_result(setintersect(a, b));
+            return vector_of(setintersect(a, b));
         case 4:
             return Rcpp::LogicalVector(1, setequal(a, b) != 0);
         default:

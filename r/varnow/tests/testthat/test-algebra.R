@@ -33,3 +33,9 @@ test_that("misuse is an error of R", {
   expect_misuse(inv, not_numbers)
   expect_misuse(det_lu, not_numbers)
 })
+
+test_that("R survives odd arguments", {
+  expect_survival("lineqns", a, 1:2, "LU")
+  expect_survival("inv", a, "QR")
+  expect_survival("det_lu", a)
+})

@@ -88,3 +88,11 @@ test_that("writing fails as an error of R", {
       expect_error(do.call(write_delimited, c(list(cars, tempfile()), bad)), "must")
   }
 })
+
+test_that("R survives odd arguments", {
+  file <- write_delimited(mtcars, tempfile())
+  expect_survival("read_delimited", file, "\t", TRUE, FALSE, FALSE, ".", "NA", FALSE, "data.frame", FALSE)
+  expect_survival("read_delimited", file, "\t", TRUE, TRUE, TRUE, ".", "NA", FALSE, "matrix", FALSE)
+  expect_survival("write_delimited", cars, tempfile(), "\t", TRUE, TRUE, FALSE, ".", FALSE)
+  expect_survival("write_delimited", as.matrix(cars), tempfile(), ";", TRUE, TRUE, TRUE, ",", TRUE)
+})

@@ -72,3 +72,14 @@ test_that("misuse is an error of R", {
   expect_misuse(group_summary, list(NULL, 1, "a", list(1), matrix(1)))
   expect_misuse(function(by) group_summary(cars, by), list(1, NA_character_, NULL))
 })
+
+test_that("R survives odd arguments", {
+  expect_survival("pivot", 1:3, c("a", NA, "b"), 4:6)
+  expect_survival("level_values", 1:3)
+  expect_survival("cut_intervals", c(1, NA), c(0, 5), TRUE)
+  summary_of <- function(data, by, na.rm) group_summary(data, by, n = count(dist), na.rm = na.rm)
+  assign("group_summary_of_dist", summary_of, globalenv())
+  on.exit(rm("group_summary_of_dist", envir = globalenv()))
+  expect_survival("group_summary_of_dist", cars, "speed", TRUE)
+  assign("group_summary", TRUE, envir = covered)
+})

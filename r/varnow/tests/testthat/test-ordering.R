@@ -18,6 +18,7 @@ test_that("sets use the library's equality", {
   expect_identical(match_values(3, c(1, 3, 3), from_last = TRUE, nomatch = 0), 3L)
   expect_identical(match_values(c("1", NA, "z"), c(NA, 1)), c(2L, 1L, NA))
   expect_identical(set_union(c(2, 1), c(1, 5)), c(2, 1, 5))
+  expect_identical(set_union(NA_character_, "b"), c(NA, "b"))
   expect_identical(set_difference(c(1, 1, 2, NA), c(2, NA)), c(1, 1, NA))
   expect_identical(set_intersection(factor(c("a", "b")), "b"), "b")
   expect_identical(set_difference(1, 1), numeric())
@@ -61,4 +62,14 @@ test_that("misuse is an error of R", {
   expect_misuse(sort_rows, list(NULL, 1, "a", list()), by = 1)
   expect_misuse(function(by) sort_rows(cars, by), list(NULL, NA, 1.5, c("speed", "dist"), list()))
   expect_misuse(function(nomatch) match_values(1, 1, nomatch = nomatch), list(NULL, "a", 1:2))
+})
+
+test_that("R survives odd arguments", {
+  expect_survival("sort_values", c(2, 1), TRUE)
+  expect_survival("order_values", c("b", "a"), TRUE)
+  expect_survival("sort_rows", cars, "dist", TRUE)
+  expect_survival("unique_values", c(2, 1, 2), TRUE)
+  expect_survival("match_values", c("b", "a"), "a", FALSE, 0)
+  for (f in c("set_union", "set_difference", "set_intersection", "set_equal", "is_element"))
+    expect_survival(f, c(1, 2, NA), 2)
 })

@@ -37,3 +37,8 @@ test_that("misuse is an error of R", {
   expect_misuse(function(p) column_quantiles(1:3, p), list("a", 2, -0.1, NULL))
   expect_misuse(function(f) column_statistics(1:3, na.rm = f), list(NA, "yes", NULL, 1))
 })
+
+test_that("R survives odd arguments", {
+  expect_survival("column_statistics", mtcars, "mean", TRUE)
+  expect_survival("column_quantiles", mtcars, 0.5, FALSE)
+})
