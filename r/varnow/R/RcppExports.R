@@ -61,6 +61,10 @@ grouping_cut <- function(x, breaks, closed_left) {
     .Call(`_varnow_grouping_cut`, x, breaks, closed_left)
 }
 
+linear_largest <- function(x, y) {
+    .Call(`_varnow_linear_largest`, x, y)
+}
+
 linear_fit <- function(x, y, likelihood) {
     .Call(`_varnow_linear_fit`, x, y, likelihood)
 }

@@ -35,6 +35,7 @@ as_matrix_arg <- function(x, what = deparse1(substitute(x))) {
     return(x)
   }
   if (length(dim(x)) != 2) misused(what, "be a vector, a matrix or a data frame")
+  if (is.double(x) && all(names(attributes(x)) %in% c("dim", "dimnames"))) return(x)
   matrix(as.double(x), nrow(x), ncol(x), dimnames = dimnames(x))
 }
 

@@ -1,9 +1,10 @@
 # Keys as the library's tables hold them, with the way back: texts and labels as they are, values
-# with an order of their own (numbers, dates) as their ranks in figures of one width, so that the
+# with an order of their own (numbers, dates, ordered factors) as their ranks in figures of one width, so that the
 # library's order of texts is theirs.
 as_key_arg <- function(x, what) {
   if (!is.null(dim(x)) && length(dim(x)) == 2 && ncol(x) == 1) x <- as.vector(as.matrix(x))
-  if (is.character(x) || is.factor(x)) return(list(texts = as_texts(x, what), back = identity))
+  if (is.character(x) || (is.factor(x) && !is.ordered(x)))
+    return(list(texts = as_texts(x, what), back = identity))
   if (!is.atomic(x) || is.null(x) || !is.null(dim(x)) || is.complex(x) || is.raw(x))
     misused(what, "be a vector of numbers, texts or dates, or a factor")
   values <- sort(unique(x))
@@ -43,7 +44,8 @@ key_texts <- function(keys) lapply(keys, function(key) key$texts)
 #' @return `level_values()`: the distinct values in ascending order. `pivot()`: a data frame with a row
 #'   for each combination of levels, the last variable varying fastest, and how often it occurs in
 #'   the column `COUNT`, also when never. A missing value is a level of its own and stands first.
-#'   Texts, and factors by their labels, are ordered by bytes, numbers and dates by value.
+#'   Texts, and factors by their labels, are ordered by bytes; numbers, dates and ordered factors by
+#'   value.
 #' @examples
 #' level_values(c("b", NA, "a", "b"))
 #' pivot(mtcars[c("gear", "cyl")])
@@ -70,14 +72,17 @@ level_values <- function(x) {
 #' @param x a numeric vector, or a matrix or data frame of one column
 #' @param breaks ascending numbers that part the intervals; the outer ones are open to infinity
 #' @param right whether an interval holds its upper bound, and not its lower one
+#' @param ordered whether the factor is an ordered one, which [pivot()] and [group_summary()] take in
+#'   the order of its levels and not of their labels
 #' @return a factor of the labels, such as `(5.00,10.00]`, with levels in ascending order. Labels show
 #'   two decimals; intervals whose labels agree are one level.
 #' @examples
 #' table(cut_intervals(cars$speed, c(10, 20)))
 #' cut_intervals(c(5, 7, NA), c(5, 10), right = FALSE)
 #' @export
-cut_intervals <- function(x, breaks, right = TRUE) {
+cut_intervals <- function(x, breaks, right = TRUE, ordered = FALSE) {
   as_flag_arg(right)
+  as_flag_arg(ordered)
   x <- as_matrix_arg(x)
   routine <- "table cut(data,matrix,int)"
   if (ncol(x) > 1) refuse("TABLE", routine, "oczekiwana kolumna danych")
@@ -91,7 +96,7 @@ cut_intervals <- function(x, breaks, right = TRUE) {
   if (anyNA(breaks) || is.unsorted(breaks)) misused("breaks", "be ascending, without missing values")
   inside <- if (right) c(breaks, Inf) else c(-Inf, breaks)
   labels <- unique(grouping_cut(matrix(inside, ncol = 1), breaks, !right))
-  factor(grouping_cut(x, breaks, !right), labels)
+  factor(grouping_cut(x, breaks, !right), labels, ordered = ordered)
 }
 
 #' Statistics of groups

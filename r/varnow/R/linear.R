@@ -55,9 +55,13 @@ linreg.default <- function(x, y, intercept = TRUE, type = c("quadratic", "likeli
   as_flag_arg(intercept)
   type <- as_choice_arg(type, c("quadratic", "likelihood"))
   check_regression(x, y, 0)
-  whole <- stats::complete.cases(x, y)
-  fit <- linear_model(x[whole, , drop = FALSE], y[whole, , drop = FALSE], intercept, type)
-  if (!all(whole)) fit$na.action <- structure(which(!whole), class = "omit")
+  omitted <- if (linear_largest(x, y) == Inf) which(!stats::complete.cases(x, y))
+  if (length(omitted)) {
+    x <- x[-omitted, , drop = FALSE]
+    y <- y[-omitted, , drop = FALSE]
+  }
+  fit <- linear_model(x, y, intercept, type)
+  if (length(omitted)) fit$na.action <- structure(omitted, class = "omit")
   fit$call <- match.call()
   fit
 }
@@ -68,27 +72,29 @@ check_regression <- function(x, y, coefficients) {
 }
 
 linear_model <- function(x, y, intercept, type) {
+  names <- colnames(x)
   check_regression(x, y, ncol(x) + intercept)
   if (!intercept && type == "likelihood") misused("type", "be \"quadratic\" without an intercept")
   # infinities among the sums of products turn into NaN, with which they are not symmetric
-  if (!all(abs(x) < 1e150) || !all(abs(y) < 1e150))
+  if (linear_largest(x, y) >= 1e150)
     refuse("MATRIX", "linreg_sweep(int,int)", "macierz powinna byc symetryczna")
   if (type == "likelihood" && !all(y == 0 | y == 1)) misused("y", "hold 0 and 1 only")
+  k <- ncol(x)
+  rows <- rownames(x)
+  dimnames(x) <- dimnames(y) <- NULL # names of many rows take longer than the sums
   parts <- if (intercept) linear_fit(x, y, type == "likelihood")
            else if (ncol(x)) linear_fit_plain(x, y)
            else misused("x", "have a column where there is no intercept")
   if (!all(is.finite(parts[[1]])))
     refuse("MATRIX", "lineqns_Gauss(matrix,matrix)", "macierz jest prawie osobliwa")
-  k <- ncol(x)
-  names <- colnames(x)
   if (is.null(names)) names <- if (k) paste0("x", seq_len(k)) else character()
   # the library has the intercept last, R first
   order <- if (intercept) c(k + 1L, seq_len(k)) else seq_len(k)
   if (intercept) names <- c("(Intercept)", names)
   column <- function(i) stats::setNames(parts[[i]][order], names)
-  fitted <- stats::setNames(parts[[5]], rownames(x))
+  fitted <- stats::setNames(parts[[5]], rows)
   structure(list(coefficients = column(1), se = column(2), t = column(3), p = column(4),
-                 fitted.values = fitted, residuals = stats::setNames(y[, 1], rownames(x)) - fitted,
+                 fitted.values = fitted, residuals = stats::setNames(y[, 1] - parts[[5]], rows),
                  df.residual = nrow(x) - length(order),
                  unscaled = matrix(parts[[6]][order, order], length(order),
                                    dimnames = list(names, names)),

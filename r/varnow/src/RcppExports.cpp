@@ -217,6 +217,18 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// linear_largest
+double linear_largest(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_linear_largest(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(linear_largest(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
 // linear_fit
 Rcpp::List linear_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool likelihood);
 RcppExport SEXP _varnow_linear_fit(SEXP xSEXP, SEXP ySEXP, SEXP likelihoodSEXP) {
@@ -336,6 +348,7 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_grouping_pivot", (DL_FUNC) &_varnow_grouping_pivot, 1},
     {"_varnow_grouping_levels", (DL_FUNC) &_varnow_grouping_levels, 1},
     {"_varnow_grouping_cut", (DL_FUNC) &_varnow_grouping_cut, 3},
+    {"_varnow_linear_largest", (DL_FUNC) &_varnow_linear_largest, 2},
     {"_varnow_linear_fit", (DL_FUNC) &_varnow_linear_fit, 3},
     {"_varnow_linear_fit_plain", (DL_FUNC) &_varnow_linear_fit_plain, 2},
     {"_varnow_ordering_order", (DL_FUNC) &_varnow_ordering_order, 2},

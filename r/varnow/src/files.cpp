@@ -1,6 +1,7 @@
 #include "carry.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,7 +17,8 @@ struct closer
 };
 using file_handle = std::unique_ptr<std::FILE, closer>;
 
-// Signs, digits, one point and an exponent: what counts as a number in a column of a data frame.
+// What counts as a number in a column of a data frame: signs, digits, one point and an exponent, or
+// R's infinity.
 bool is_number(char const* p, char dec, bool& whole)
 {
     auto digits = [&p] {
@@ -25,6 +27,10 @@ bool is_number(char const* p, char dec, bool& whole)
         return p - first;
     };
     if (*p == '-' || *p == '+') ++p;
+    if (std::strcmp(p, "Inf") == 0) {
+        whole = false;
+        return true;
+    }
     auto n = digits();
     whole = n <= 9;
     if (*p == dec) {
@@ -168,14 +174,24 @@ private:
     bool good_;
 };
 
-// As few digits as bring the number back, of 15 and 17.
+// As few digits as bring the number back.
 void print(double x, char dec, char (&to)[32])
 {
     to[0] = 0;
     if (ISNAN(x)) return;
-    std::snprintf(to, sizeof to, "%.15g", x);
-    if (std::strtod(to, nullptr) != x) std::snprintf(to, sizeof to, "%.17g", x);
-    std::replace(to, to + std::strlen(to), '.', dec);
+    if (!R_FINITE(x)) {
+        std::strcpy(to, x < 0 ? "-Inf" : "Inf");
+        return;
+    }
+#if defined(__cpp_lib_to_chars)
+    *std::to_chars(to, to + sizeof to - 1, x).ptr = 0;
+#else
+    int digits = 15;
+    do {
+        std::snprintf(to, sizeof to, "%.*g", digits, x);
+    } while (++digits <= 17 && std::strtod(to, nullptr) != x);
+#endif
+    if (dec != '.') std::replace(to, to + std::strlen(to), '.', dec);
 }
 
 } // namespace

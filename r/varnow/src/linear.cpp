@@ -11,6 +11,20 @@ Rcpp::NumericVector cells(varnow::matrix const& column)
 
 } // namespace
 
+// The largest magnitude; infinite where a number is missing.
+// [[Rcpp::export]]
+double linear_largest(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y)
+{
+    double most = 0;
+    for (Rcpp::NumericMatrix const& m : {x, y})
+        for (double const v : m)
+            if (!(std::fabs(v) <= most)) {
+                if (std::isnan(v)) return R_PosInf;
+                most = std::fabs(v);
+            }
+    return most;
+}
+
 // Coefficients, of which the last is the intercept's, their tests, and the inverse of the sums of
 // products behind them.
 // [[Rcpp::export]]

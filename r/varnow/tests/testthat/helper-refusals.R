@@ -33,7 +33,7 @@ expect_survival <- function(name, ...) {
   old <- setwd(folder)
   on.exit(setwd(old))
   try_with <- function(changed) {
-    utils::capture.output(suppressMessages(suppressWarnings(
+    capture.output(suppressMessages(suppressWarnings(
       tryCatch(do.call(f, changed, quote = TRUE), error = identity))))
   }
   put <- function(arguments, k, value) {

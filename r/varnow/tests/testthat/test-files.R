@@ -25,7 +25,7 @@ test_that("columns get the type of all their fields", {
 })
 
 test_that("what is written comes back", {
-  x <- data.frame(n = c(0.1, 1 / 3, NA, -1e-300), i = c(1L, NA, 3L, 4L), t = c("a, b", "", NA, "\u017c"),
+  x <- data.frame(n = c(0.1, 1 / 3, NA, -1e-300), u = c(-Inf, Inf, NA, 1e15 / 7), i = c(1L, NA, 3L, 4L), t = c("a, b", "", NA, "\u017c"),
                   f = factor(c("u", "v", NA, "u")), d = as.Date("2024-02-29") + 0:3,
                   l = c(TRUE, NA, FALSE, TRUE), row.names = c("p", "q", "r", "s"))
   back <- transform(x, t = ifelse(t == "", NA, t), f = as.character(f), d = as.character(d))
@@ -34,7 +34,7 @@ test_that("what is written comes back", {
     expect_identical(write_delimited(x, file, row_names = TRUE, gz = gz), file)
     expect_identical(read_delimited(file, row_names = TRUE, gz = gz), back)
     write_delimited(x, file, ";", quotes = TRUE, dec = ",", header = FALSE, gz = gz)
-    expect_equal(read_delimited(file, ";", dec = ",", header = FALSE, gz = gz)[[2]], x$i)
+    expect_equal(read_delimited(file, ";", dec = ",", header = FALSE, gz = gz)[[3]], x$i)
     m <- matrix(c(1.25, NA, 3, 4), 2, dimnames = list(c("a", "b"), c("c", "d")))
     write_delimited(m, file, row_names = TRUE, gz = gz)
     expect_identical(read_delimited(file, as = "matrix", row_names = TRUE, gz = gz), m)

@@ -21,6 +21,8 @@ test_that("intervals become a factor in their order", {
                             "(-Inf,5.00]"), c("(-Inf,5.00]", "(5.00,10.00]", "(10.00,Inf]")))
   expect_identical(as.integer(cut_intervals(x, c(5, 10), right = FALSE)), c(3L, 2L, NA, 3L, 2L, 1L))
   expect_identical(nlevels(cut_intervals(x, c(5, 5.001))), 3L)
+  wide <- cut_intervals(c(7, 15, NA), c(5, 10), ordered = TRUE)
+  expect_identical(pivot(wide), data.frame(VAR = wide[c(3, 1, 2)], COUNT = c(1L, 1L, 1L)))
 })
 
 test_that("groups have exact statistics, types of keys, and R's functions too", {
@@ -76,7 +78,7 @@ test_that("misuse is an error of R", {
 test_that("R survives odd arguments", {
   expect_survival("pivot", 1:3, c("a", NA, "b"), 4:6)
   expect_survival("level_values", 1:3)
-  expect_survival("cut_intervals", c(1, NA), c(0, 5), TRUE)
+  expect_survival("cut_intervals", c(1, NA), c(0, 5), TRUE, TRUE)
   summary_of <- function(data, by, na.rm) group_summary(data, by, n = count(dist), na.rm = na.rm)
   assign("group_summary_of_dist", summary_of, globalenv())
   on.exit(rm("group_summary_of_dist", envir = globalenv()))
