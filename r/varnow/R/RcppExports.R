@@ -41,16 +41,16 @@ files_gunzip <- function(from, to) {
     .Call(`_varnow_files_gunzip`, from, to)
 }
 
-grouping_groups <- function(keys, rows) {
-    .Call(`_varnow_grouping_groups`, keys, rows)
+grouping_groups <- function(codes) {
+    .Call(`_varnow_grouping_groups`, codes)
 }
 
 grouping_statistic <- function(x, groups, name, drop) {
     .Call(`_varnow_grouping_statistic`, x, groups, name, drop)
 }
 
-grouping_pivot <- function(columns) {
-    .Call(`_varnow_grouping_pivot`, columns)
+grouping_pivot <- function(codes) {
+    .Call(`_varnow_grouping_pivot`, codes)
 }
 
 grouping_levels <- function(column) {

@@ -1,15 +1,19 @@
-# Keys as the library's tables hold them, with the way back: texts and labels as they are, values
-# with an order of their own (numbers, dates, ordered factors) as their ranks in figures of one width, so that the
-# library's order of texts is theirs.
+# A key as numbers of its levels in ascending order, and the levels themselves, a missing one first:
+# texts and labels in the library's order, values with an order of their own (numbers, dates, ordered
+# factors) in that.
 as_key_arg <- function(x, what) {
   if (!is.null(dim(x)) && length(dim(x)) == 2 && ncol(x) == 1) x <- as.vector(as.matrix(x))
-  if (is.character(x) || (is.factor(x) && !is.ordered(x)))
-    return(list(texts = as_texts(x, what), back = identity))
-  if (!is.atomic(x) || is.null(x) || !is.null(dim(x)) || is.complex(x) || is.raw(x))
-    misused(what, "be a vector of numbers, texts or dates, or a factor")
-  values <- sort(unique(x))
-  list(texts = c(NA, sprintf("%010d", seq_along(values)))[match(x, values, 0L) + 1L],
-       back = function(texts) values[as.integer(texts)])
+  if (is.character(x) || (is.factor(x) && !is.ordered(x))) {
+    x <- as_texts(x, what)
+    x[!is.na(x) & !nzchar(x)] <- NA
+    levels <- if (length(x)) grouping_levels(list(unique(x)))
+  } else {
+    if (!is.atomic(x) || is.null(x) || !is.null(dim(x)) || is.complex(x) || is.raw(x))
+      misused(what, "be a vector of numbers, texts or dates, or a factor")
+    if (is.double(x)) x[is.nan(x)] <- NA
+    levels <- sort(unique(x), na.last = FALSE)
+  }
+  list(codes = match(x, levels), levels = levels)
 }
 
 # One to three key columns with the names of their variables.
@@ -27,15 +31,13 @@ as_keys <- function(x, y, z) {
     names(columns) <- rep("", length(columns))
   }
   keys <- Map(as_key_arg, columns, c("x", "y", "z")[seq_along(columns)])
-  rows <- vapply(keys, function(key) length(key$texts), 0L)
+  rows <- lengths(lapply(keys, function(key) key$codes))
   if (any(rows != rows[1]))
     refuse("TABLE", paste0("table pivot(", strrep("data,", length(keys) - 1), "data)"),
            "niezgodne dlugosci danych")
   if (rows[1] < 1) refuse("TABLE", "table levels(data)", "puste dane")
   keys
 }
-
-key_texts <- function(keys) lapply(keys, function(key) key$texts)
 
 #' Levels and frequency tables
 #'
@@ -52,9 +54,11 @@ key_texts <- function(keys) lapply(keys, function(key) key$texts)
 #' @export
 pivot <- function(x, y = NULL, z = NULL) {
   keys <- as_keys(x, y, z)
-  counted <- grouping_pivot(key_texts(keys))
-  for (j in seq_along(keys)) counted[[j]] <- keys[[j]]$back(counted[[j]])
-  counted$COUNT <- as.integer(as.double(counted$COUNT))
+  codes <- vapply(keys, function(key) as.double(key$codes), numeric(length(keys[[1]]$codes)))
+  dim(codes) <- c(length(keys[[1]]$codes), length(keys))
+  colnames(codes) <- names(keys)
+  counted <- lapply(grouping_pivot(codes), function(column) as.integer(as.double(column)))
+  for (j in seq_along(keys)) counted[[j]] <- keys[[j]]$levels[counted[[j]]]
   as_frame(counted)
 }
 
@@ -63,8 +67,7 @@ pivot <- function(x, y = NULL, z = NULL) {
 level_values <- function(x) {
   if (is.data.frame(x) || (is.matrix(x) && ncol(x) > 1))
     refuse("TABLE", "table levels(data)", "oczekiwana kolumna danych")
-  keys <- as_keys(x, NULL, NULL)
-  keys[[1]]$back(grouping_levels(key_texts(keys)))
+  as_keys(x, NULL, NULL)[[1]]$levels
 }
 
 #' Intervals of numbers
@@ -122,8 +125,7 @@ group_summary <- function(data, by = character(), ..., na.rm = FALSE) {
       refuse("TABLE", "table* group_by(table,int,table)", "nie znaleziono kolumny", key)
     if (nrow(data) < 1) refuse("TABLE", "table levels(data)", "puste dane")
   }
-  keys <- Map(as_key_arg, data[by], by)
-  groups <- if (nrow(data)) grouping_groups(key_texts(keys), nrow(data)) else list()
+  groups <- grouping_groups(group_codes(data, by))
   first <- vapply(groups, function(rows) rows[1], 0L)
   result <- lapply(by, function(key) data[[key]][first])
   names(result) <- by
@@ -131,6 +133,18 @@ group_summary <- function(data, by = character(), ..., na.rm = FALSE) {
     result[[formula_name(formulas, k)]] <-
       group_column(formulas[[k]], formula_name(formulas, k), data, groups, na.rm, caller)
   as_frame(result, rows = length(groups))
+}
+
+# The number of the group of each row, groups being counted with the first key varying fastest.
+group_codes <- function(data, by) {
+  codes <- rep(1L, nrow(data))
+  for (name in rev(by)) {
+    key <- as_key_arg(data[[name]], name)
+    codes <- (codes - 1) * length(key$levels) + key$codes
+    used <- sort(unique(codes))
+    codes <- match(codes, used)
+  }
+  codes
 }
 
 summarise_routine <- "table summarise(table,Text,matrix f(matrix))"

@@ -1,4 +1,4 @@
-# Numbers as a column, or texts (labels of a factor, texts of dates) as a list of one column.
+# A vector of doubles, or of texts (labels of a factor, texts of dates).
 as_sortable_arg <- function(x, what, routine) {
   if (!is.null(dim(x))) {
     if (length(dim(x)) != 2 || is.data.frame(x)) misused(what, "be a vector")
@@ -6,8 +6,8 @@ as_sortable_arg <- function(x, what, routine) {
       refuse(if (is.character(x)) "TABLE" else "MATRIX", routine(x), "oczekiwany wektor")
     x <- x[seq_along(x)]
   }
-  if (is.numeric(x) || is.logical(x)) return(matrix(as.double(x), ncol = 1))
-  list(as_texts(x, what))
+  if (is.numeric(x) || is.logical(x)) return(as.double(x))
+  as_texts(x, what)
 }
 # The routine text names the container of a cell type.
 of_cells <- function(pattern) function(x)
@@ -17,8 +17,8 @@ of_cells <- function(pattern) function(x)
 as_sortable_args <- function(x, y, routine) {
   xs <- as_sortable_arg(x, "x", routine)
   ys <- as_sortable_arg(y, "y", routine)
-  if (is.list(xs) && !is.list(ys)) ys <- list(as_texts(as.vector(y), "y"))
-  if (is.list(ys) && !is.list(xs)) xs <- list(as_texts(as.vector(x), "x"))
+  if (is.character(xs) && !is.character(ys)) ys <- as_texts(as.vector(y), "y")
+  if (is.character(ys) && !is.character(xs)) xs <- as_texts(as.vector(x), "x")
   list(xs, ys)
 }
 

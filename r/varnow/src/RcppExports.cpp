@@ -157,14 +157,13 @@ BEGIN_RCPP
 END_RCPP
 }
 // grouping_groups
-Rcpp::List grouping_groups(Rcpp::List const& keys, int rows);
-RcppExport SEXP _varnow_grouping_groups(SEXP keysSEXP, SEXP rowsSEXP) {
+Rcpp::List grouping_groups(Rcpp::IntegerVector const& codes);
+RcppExport SEXP _varnow_grouping_groups(SEXP codesSEXP) {
 BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type keys(keysSEXP);
-    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
-    rcpp_result_gen = Rcpp::wrap(grouping_groups(keys, rows));
+    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_groups(codes));
     return rcpp_result_gen;
 END_RCPP
 }
@@ -183,13 +182,13 @@ BEGIN_RCPP
 END_RCPP
 }
 // grouping_pivot
-Rcpp::List grouping_pivot(Rcpp::List const& columns);
-RcppExport SEXP _varnow_grouping_pivot(SEXP columnsSEXP) {
+Rcpp::List grouping_pivot(Rcpp::NumericMatrix const& codes);
+RcppExport SEXP _varnow_grouping_pivot(SEXP codesSEXP) {
 BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
-    rcpp_result_gen = Rcpp::wrap(grouping_pivot(columns));
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type codes(codesSEXP);
+    rcpp_result_gen = Rcpp::wrap(grouping_pivot(codes));
     return rcpp_result_gen;
 END_RCPP
 }
@@ -343,7 +342,7 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_files_write_frame", (DL_FUNC) &_varnow_files_write_frame, 9},
     {"_varnow_files_gzip", (DL_FUNC) &_varnow_files_gzip, 2},
     {"_varnow_files_gunzip", (DL_FUNC) &_varnow_files_gunzip, 2},
-    {"_varnow_grouping_groups", (DL_FUNC) &_varnow_grouping_groups, 2},
+    {"_varnow_grouping_groups", (DL_FUNC) &_varnow_grouping_groups, 1},
     {"_varnow_grouping_statistic", (DL_FUNC) &_varnow_grouping_statistic, 4},
     {"_varnow_grouping_pivot", (DL_FUNC) &_varnow_grouping_pivot, 1},
     {"_varnow_grouping_levels", (DL_FUNC) &_varnow_grouping_levels, 1},

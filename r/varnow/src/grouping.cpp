@@ -1,28 +1,25 @@
 #include "carry.h"
 
 #include <cmath>
-#include <memory>
+#include <vector>
 
-// The rows of each group, counted from 1, in the library's order of groups. Keys are texts.
+// The rows of each group, counted from 1; codes are the groups' numbers from 1 on.
 // [[Rcpp::export]]
-Rcpp::List grouping_groups(Rcpp::List const& keys, int rows)
+Rcpp::List grouping_groups(Rcpp::IntegerVector const& codes)
 {
-    // Keys go by their numbers, since names are found without regard to case.
-    varnow::table t = table_arg(keys);
-    t.resizec(rows, t.cols + 1);
-    varnow::table names(1, t.cols - 1);
-    for (int j = 0; j < t.cols; ++j) t.cnames[j] = varnow::itot(j);
-    for (int j = 0; j < names.cols; ++j) names.cell[0][j] = t.cnames[j];
-    for (int i = 0; i < t.rows; ++i) t.cell[i][t.cols - 1] = varnow::itot(i + 1);
-    varnow::table found;
-    std::unique_ptr<varnow::table[]> const groups(t.group_by(names, found));
-    Rcpp::List r(found.rows);
-    for (int g = 0; g < found.rows; ++g) {
-        Rcpp::IntegerVector members(groups[g].rows);
-        for (int i = 0; i < groups[g].rows; ++i)
-            members[i] = varnow::ttoi(groups[g].cell[i][t.cols - 1]);
+    std::vector<int> counts;
+    for (int const code : codes) {
+        if (code > static_cast<int>(counts.size())) counts.resize(code);
+        ++counts[code - 1];
+    }
+    Rcpp::List r(counts.size());
+    std::vector<int*> next(counts.size());
+    for (std::size_t g = 0; g < counts.size(); ++g) {
+        Rcpp::IntegerVector members = Rcpp::no_init(counts[g]);
+        next[g] = members.begin();
         r[g] = members;
     }
+    for (R_xlen_t i = 0; i < codes.size(); ++i) *next[codes[i] - 1]++ = static_cast<int>(i + 1);
     return r;
 }
 
@@ -45,16 +42,15 @@ Rcpp::NumericVector grouping_statistic(Rcpp::NumericVector const& x, Rcpp::List 
     return r;
 }
 
-// The codes of the level columns, which count from 1 with 0 for a missing one, and the counts.
+// Frequencies of the combinations of one to three columns of whole numbers.
 // [[Rcpp::export]]
-Rcpp::List grouping_pivot(Rcpp::List const& columns)
+Rcpp::List grouping_pivot(Rcpp::NumericMatrix const& codes)
 {
-    varnow::table const t = table_arg(columns);
-    varnow::table const r =
-        t.cols == 1   ? pivot(varnow::table(t[1]))
-        : t.cols == 2 ? pivot(varnow::table(t[1]), varnow::table(t[2]))
-                      : pivot(varnow::table(t[1]), varnow::table(t[2]), varnow::table(t[3]));
-    return table_result(r);
+    varnow::matrix const m = matrix_arg(codes);
+    auto column = [&m](int j) { return varnow::matrix(m[j]); };
+    return table_result(m.cols == 1   ? pivot(column(1))
+                        : m.cols == 2 ? pivot(column(1), column(2))
+                                      : pivot(column(1), column(2), column(3)));
 }
 
 // [[Rcpp::export]]

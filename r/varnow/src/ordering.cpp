@@ -1,19 +1,29 @@
 #include "carry.h"
 
-// One body for numbers, which come as a column, and for texts, which come as a list of one column.
+// One body for numbers and texts, which come as vectors of R and go as objects of one row.
 namespace {
 
-template <class F> SEXP with_column(SEXP x, F f)
+varnow::table text_row(SEXP x)
 {
-    return TYPEOF(x) == REALSXP ? f(matrix_arg(Rcpp::NumericMatrix(x)))
-                                : f(table_arg(Rcpp::List(x)));
+    varnow::table r(1, Rf_length(x));
+    for (int j = 0; j < r.cols; ++j)
+        if (STRING_ELT(x, j) != NA_STRING) r.cell[0][j] = CHAR(STRING_ELT(x, j));
+    return r;
 }
 
-template <class F> SEXP with_columns(SEXP x, SEXP y, F f)
+varnow::matrix number_row(SEXP x)
 {
-    return TYPEOF(x) == REALSXP
-               ? f(matrix_arg(Rcpp::NumericMatrix(x)), matrix_arg(Rcpp::NumericMatrix(y)))
-               : f(table_arg(Rcpp::List(x)), table_arg(Rcpp::List(y)));
+    return varnow::cvector(Rcpp::NumericVector(x));
+}
+
+template <class F> SEXP with_vector(SEXP x, F f)
+{
+    return TYPEOF(x) == REALSXP ? f(number_row(x)) : f(text_row(x));
+}
+
+template <class F> SEXP with_vectors(SEXP x, SEXP y, F f)
+{
+    return TYPEOF(x) == REALSXP ? f(number_row(x), number_row(y)) : f(text_row(x), text_row(y));
 }
 
 SEXP vector_of(varnow::matrix const& x)
@@ -22,14 +32,11 @@ SEXP vector_of(varnow::matrix const& x)
 }
 SEXP vector_of(varnow::table const& x)
 {
-    // A single cell counts as a row, so a union may be one.
     Rcpp::CharacterVector r(x.rows * x.cols);
-    R_xlen_t k = 0;
-    for (int i = 0; i < x.rows; ++i)
-        for (int j = 0; j < x.cols; ++j) {
-            varnow::Text const& cell = x.cell[i][j];
-            r[k++] = cell.len == 0 ? Rcpp::String(NA_STRING) : varnow::rtext(cell);
-        }
+    for (int k = 0; k < r.size(); ++k) {
+        varnow::Text const& cell = x.cell[0][k];
+        r[k] = cell.len == 0 ? Rcpp::String(NA_STRING) : varnow::rtext(cell);
+    }
     return r;
 }
 
@@ -38,22 +45,22 @@ SEXP vector_of(varnow::table const& x)
 // [[Rcpp::export]]
 SEXP ordering_order(SEXP x, bool decreasing)
 {
-    return with_column(x, [decreasing](auto const& column) -> SEXP {
-        return vector_result(varnow::order(column, static_cast<int>(decreasing)));
+    return with_vector(x, [decreasing](auto const& row) -> SEXP {
+        return vector_result(varnow::order(row, static_cast<int>(decreasing)));
     });
 }
 
 // [[Rcpp::export]]
 SEXP ordering_unique(SEXP x, bool from_last)
 {
-    return with_column(
-        x, [from_last](auto const& column) { return vector_of(unique(column, from_last)); });
+    return with_vector(x,
+                       [from_last](auto const& row) { return vector_of(unique(row, from_last)); });
 }
 
 // [[Rcpp::export]]
 SEXP ordering_match(SEXP x, SEXP y, bool from_last, int no_match)
 {
-    return with_columns(x, y, [=](auto const& a, auto const& b) -> SEXP {
+    return with_vectors(x, y, [=](auto const& a, auto const& b) -> SEXP {
         return vector_result(match(a, b, from_last, no_match));
     });
 }
@@ -61,7 +68,7 @@ SEXP ordering_match(SEXP x, SEXP y, bool from_last, int no_match)
 // [[Rcpp::export]]
 SEXP ordering_sets(SEXP x, SEXP y, int which)
 {
-    return with_columns(x, y, [which](auto const& a, auto const& b) -> SEXP {
+    return with_vectors(x, y, [which](auto const& a, auto const& b) -> SEXP {
         switch (which) {
         case 1:
             return vector_of(setunion(a, b));
