@@ -37,7 +37,9 @@ linreg.formula <- function(x, data = environment(x), type = c("quadratic", "like
   design <- stats::model.matrix(terms, frame)
   intercept <- attr(terms, "intercept") == 1
   if (intercept) design <- design[, -1, drop = FALSE]
-  fit <- linear_model(design, as_matrix_arg(stats::model.response(frame), "the response"), intercept,
+  response <- stats::model.response(frame)
+  if (is.null(dim(response))) names(response) <- NULL # the design has them too
+  fit <- linear_model(design, as_matrix_arg(response, "the response"), intercept,
                       as_choice_arg(type, c("quadratic", "likelihood")))
   fit$terms <- terms
   fit$xlevels <- stats::.getXlevels(terms, frame)
