@@ -30,6 +30,14 @@ install(DIRECTORY share/js DESTINATION ${CMAKE_INSTALL_DATADIR}/varnow COMPONENT
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/varnow COMPONENT dev
     PATTERN CMakeLists.txt EXCLUDE)
 
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/varnow COMPONENT runtime)
+if(NOT WIN32)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvarnowr0 RENAME copyright
+        COMPONENT runtime)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libvarnowr-dev RENAME copyright
+        COMPONENT dev)
+endif()
+
 set(CPACK_PACKAGE_NAME varnow)
 set(CPACK_PACKAGE_VENDOR "The Varnow developers")
 set(CPACK_PACKAGE_CONTACT "The Varnow developers <varnow@localhost>")

@@ -1,0 +1,4 @@
+library(testthat)
+library(varnow)
+
+test_check("varnow")
