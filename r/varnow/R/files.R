@@ -35,6 +35,8 @@ as_decimal_arg <- function(dec, sep) {
 #' @param text names of columns that stay texts; `TRUE` for all of them
 #' @param as `"data.frame"`; or `"matrix"` for a file of numbers only, in which a field is read as
 #'   far as it is a number, and both decimal signs count
+#' @param encoding how the texts of the file are encoded, as [iconv()] names it, such as `"CP1250"`;
+#'   by default as R's own texts are
 #' @param gz whether the file is packed by gzip
 #' @param progress whether the percentage done is shown while the rows are read or, for a matrix,
 #'   written
@@ -50,8 +52,9 @@ as_decimal_arg <- function(dec, sep) {
 #' @export
 read_delimited <- function(file, sep = "\t", header = TRUE, row_names = FALSE, quotes = TRUE,
                            dec = ".", na = "NA", text = FALSE, as = c("data.frame", "matrix"),
-                           gz = grepl("\\.gz$", file), progress = FALSE) {
+                           gz = grepl("\\.gz$", file), encoding = "", progress = FALSE) {
   as_text_arg(file)
+  as_text_arg(encoding)
   as_separator_arg(sep)
   for (flag in c("header", "row_names", "quotes", "gz", "progress")) as_flag_arg(get(flag), flag)
   as <- as_choice_arg(as, c("data.frame", "matrix"))
@@ -83,18 +86,35 @@ read_delimited <- function(file, sep = "\t", header = TRUE, row_names = FALSE, q
     }
     cat("\n", file = path, append = TRUE)
   }
-  if (as == "matrix") return(files_read_matrix(path, sep, header, row_names, quotes, progress))
+  if (as == "matrix") {
+    x <- files_read_matrix(path, sep, header, row_names, quotes, progress)
+    if (!is.null(dimnames(x))) dimnames(x) <- lapply(dimnames(x), recode, encoding, "")
+    return(x)
+  }
   frame <- files_read_frame(path, sep, header, row_names, quotes, progress, dec, enc2native(na),
                             if (is.character(text)) enc2native(text) else text)
-  columns <- frame[[1]]
+  columns <- lapply(frame[[1]], recode, encoding, "")
+  names(columns) <- recode(names(columns), encoding, "")
   if (!header) names(columns) <- paste0("V", seq_along(columns))
-  as_frame(columns, if (row_names) make.unique(frame[[2]]), length(frame[[2]]))
+  as_frame(columns, if (row_names) make.unique(recode(frame[[2]], encoding, "")),
+           length(frame[[2]]))
+}
+
+# Texts in another encoding; anything else as it is.
+recode <- function(x, from, to) {
+  if (!is.character(x)) return(x)
+  if (from == "") x <- enc2native(x)
+  if (from == to) return(x)
+  r <- iconv(x, from, to)
+  if (anyNA(r[!is.na(x)])) misused("encoding", "fit the texts")
+  r
 }
 
 #' @rdname read_delimited
 #' @export
 write_delimited <- function(x, file, sep = "\t", header = TRUE, row_names = FALSE, quotes = FALSE,
-                            dec = ".", gz = grepl("\\.gz$", file), progress = FALSE) {
+                            dec = ".", gz = grepl("\\.gz$", file), encoding = "", progress = FALSE) {
+  as_text_arg(encoding)
   if (!is.data.frame(x)) x <- as_matrix_arg(x)
   as_text_arg(file)
   as_separator_arg(sep)
@@ -104,7 +124,8 @@ write_delimited <- function(x, file, sep = "\t", header = TRUE, row_names = FALS
   drafts <- c(draft, paste0(draft, ".gz"))
   on.exit(unlink(drafts))
   done <- dir.exists(dirname(draft)) && !dir.exists(path.expand(file)) &&
-    suppressWarnings(write_draft(x, draft, sep, header, row_names, quotes, dec, progress)) &&
+    suppressWarnings(write_draft(x, draft, sep, header, row_names, quotes, dec, encoding,
+                                 progress)) &&
     (!gz || files_gzip(draft, drafts[2])) &&
     suppressWarnings(file.rename(drafts[1 + gz], path.expand(file)))
   if (!done)
@@ -113,19 +134,22 @@ write_delimited <- function(x, file, sep = "\t", header = TRUE, row_names = FALS
   invisible(file)
 }
 
-write_draft <- function(x, draft, sep, header, row_names, quotes, dec, progress) {
+write_draft <- function(x, draft, sep, header, row_names, quotes, dec, encoding, progress) {
   if (!is.data.frame(x)) {
     check_fields(unlist(dimnames(x)), sep, quotes)
+    if (!is.null(dimnames(x))) dimnames(x) <- lapply(dimnames(x), recode, "", encoding)
     return(files_write_matrix(x, draft, sep, header, row_names, quotes, progress, dec))
   }
   columns <- lapply(x, function(column)
     if (is.numeric(column) && is.null(attr(column, "class")) && is.null(dim(column)))
       as.double(column)
     else as_texts(column, "each column of x"))
-  rows <- if (row_names) enc2native(row.names(x)) else character()
+  rows <- if (row_names) row.names(x) else character()
   check_fields(c(names(x), rows), sep, quotes)
   for (column in columns) if (is.character(column)) check_fields(column, sep, quotes)
-  files_write_frame(columns, enc2native(names(x)), nrow(x), rows, draft, sep, header, quotes, dec)
+  files_write_frame(lapply(columns, recode, "", encoding),
+                    recode(names(x), "", encoding), nrow(x), recode(rows, "", encoding),
+                    draft, sep, header, quotes, dec)
 }
 
 # Without quotes around it a text with a separator or a line end would be more than one field.

@@ -43,6 +43,20 @@ test_that("what is written comes back", {
                    c("a;b", "1.5;"))
 })
 
+test_that("texts have the encoding that is asked for", {
+  x <- data.frame(a = c("\u017c\u00f3\u0142w", NA))
+  names(x) <- "\u0105"
+  file <- write_delimited(x, tempfile(), encoding = "CP1250")
+  expect_identical(readBin(file, "raw", 9), as.raw(c(0xb9, 0x0a, 0xbf, 0xf3, 0xb3, 0x77, 0x0a, 0x0a)))
+  expect_identical(read_delimited(file, encoding = "CP1250"), x)
+  m <- matrix(1, dimnames = list(NULL, "\u0105"))
+  write_delimited(m, file, encoding = "CP1250")
+  expect_identical(read_delimited(file, as = "matrix", encoding = "CP1250"), m)
+  expect_error(write_delimited(x, file, encoding = "ASCII"), "encoding")
+  expect_error(read_delimited(file, encoding = "no such"), "no such")
+  expect_error(read_delimited(file, encoding = NA), "encoding")
+})
+
 test_that("bad files and misuse are errors of R", {
   readable <- "nieudane otwarcie pliku do odczytu"
   reads <- function(why, file, ...)
@@ -91,8 +105,8 @@ test_that("writing fails as an error of R", {
 
 test_that("R survives odd arguments", {
   file <- write_delimited(mtcars, tempfile())
-  expect_survival("read_delimited", file, "\t", TRUE, FALSE, FALSE, ".", "NA", FALSE, "data.frame", FALSE)
+  expect_survival("read_delimited", file, "\t", TRUE, FALSE, FALSE, ".", "NA", FALSE, "data.frame", FALSE, "")
   expect_survival("read_delimited", file, "\t", TRUE, TRUE, TRUE, ".", "NA", FALSE, "matrix", FALSE)
-  expect_survival("write_delimited", cars, tempfile(), "\t", TRUE, TRUE, FALSE, ".", FALSE)
-  expect_survival("write_delimited", as.matrix(cars), tempfile(), ";", TRUE, TRUE, TRUE, ",", TRUE)
+  expect_survival("write_delimited", cars, tempfile(), "\t", TRUE, TRUE, FALSE, ".", FALSE, "")
+  expect_survival("write_delimited", as.matrix(cars), tempfile(), ";", TRUE, TRUE, TRUE, ",", TRUE, "latin1")
 })
