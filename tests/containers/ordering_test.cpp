@@ -1,5 +1,6 @@
 #include <varnow/containers/ordering.h>
 
+#include "tests/support/bits.h"
 #include "tests/support/refusal.h"
 
 #include <algorithm>
@@ -143,11 +144,18 @@ TEST(Ordering, LargeNumbersFollowTheQuicksort)
         shuffled(numbers(3000, [](int i) { return i ? 1 + i * 0x1p-52 : -1e300; })),
         shuffled(numbers(3000, [](int i) { return i ? 1 + i / 2 * 0x1p-52 : inf; })),
         shuffled(numbers(3000, [](int i) { return 1.7e9 + i; })),
+        shuffled(numbers(3000, [](int i) { return i ? 1 + i % 3 * 0.25 + i / 9 * 0x1p-52 : inf; })),
+        // The last bits of one group are the leading bits of the next.
+        shuffled(numbers(3000,
+                         [](int i) {
+                             return i ? std::ldexp(i % 4 * 0x1p30 + i / 4 % (i % 4 + 2), -1074)
+                                      : 1e300;
+                         })),
         shuffled(numbers(3000, [](int i) { return i < 2998 ? 1.0 + i % 3 * 0x1p-40 : nan; })),
     };
     for (std::size_t k = 0; k < cases.size(); ++k) {
         SCOPED_TRACE(k);
-        ASSERT_NO_FATAL_FAILURE(expect_plain_order(cases[k]));
+        test::on_every_machine([&] { ASSERT_NO_FATAL_FAILURE(expect_plain_order(cases[k])); });
     }
 }
 

@@ -413,6 +413,11 @@ void limit_vectors(int cells)
     chosen_machine() = best_machine(cells);
 }
 
+int vector_cells()
+{
+    return this_machine().vec;
+}
+
 int panel_width()
 {
     return panel_vecs * this_machine().vec;

@@ -57,6 +57,9 @@ void project_panel(int n, double const* x, double const* d, double const* y, dou
 /// Results stay the same; tests run every kernel so.
 VARNOW_API void limit_vectors(int cells);
 
+/// Cells of a vector on the machine that is done as.
+int vector_cells();
+
 /// An array of n doubles without a value.
 class work_space
 {

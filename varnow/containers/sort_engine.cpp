@@ -1,5 +1,8 @@
 #include <varnow/containers/sort_engine.h>
 
+#include <varnow/containers/gather.h>
+#include <varnow/containers/storage.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +25,7 @@ constexpr int window_bits = 64 - position_bits;
 struct buffer
 {
     explicit buffer(int n, word* given = nullptr)
-        : own_(given ? nullptr : new word[static_cast<std::size_t>(n)]),
+        : own_(given ? nullptr : scratch<word>(static_cast<std::size_t>(n))),
           word_(given ? given : own_.get())
     {
     }
@@ -111,7 +114,7 @@ public:
                 ++left;
                 continue;
             }
-            int const last = gather_below(left, right, pivot << shift);
+            int const last = gather_below(a_, left, right, static_cast<W>(pivot << shift));
             std::swap(a_[left], a_[last]);
             if (last - left < right - last) {
                 run(left, last - 1, least);
@@ -149,26 +152,6 @@ private:
         if (a_[left] >= limit) return left;
         return static_cast<int>(
             std::partition_point(a_ + left, a_ + right, [limit](W x) { return x < limit; }) - a_);
-    }
-
-    // Moves what is below the limit behind `left`, and gives the last place of it. The exchanges of
-    // a stretch do not touch what it has yet to compare, so the comparisons can all come first,
-    // without a branch to mispredict.
-    int gather_below(int left, int right, W limit)
-    {
-        constexpr int stretch = 128;
-        unsigned char below[stretch];
-        int last = left;
-        for (int i = left + 1; i <= right; i += stretch) {
-            int const n = std::min(stretch, right - i + 1);
-            int found = 0;
-            for (int k = 0; k < n; ++k) {
-                below[found] = static_cast<unsigned char>(k);
-                found += a_[i + k] < limit;
-            }
-            for (int k = 0; k < found; ++k) std::swap(a_[++last], a_[i + below[k]]);
-        }
-        return last;
     }
 
     // Nobody asks for the exchanges from left to right. Of the first rank some may have gone to the
@@ -268,7 +251,43 @@ private:
             if (!keys_.missing(i))
                 *p++ = (keys_.key(i) - least_) >> hidden_bits_ << position_bits | word(unsigned(i));
         sort_packed(a_, scratch_, present_, bits - hidden_bits_);
-        each_run(0, present_, [this](int from, int to) { settle_window(from, to); });
+        if constexpr (Keys::exact)
+            for (int k = 0; k < present_;) k = settle_stretch(k);
+        else
+            each_run(0, present_, [this](int from, int to) { settle_window(from, to); });
+    }
+
+    // Writes the positions of some words from `from` on, repeats marked, and gives the place behind
+    // them. Where the window is that of the word before, the whole keys mostly repeat or rise, too:
+    // no branch for each run of repeats.
+    int settle_stretch(int from)
+    {
+        constexpr int most = 1024;
+        int same[most], count = 0;
+        int const end = std::min(present_, from + most);
+        for (int k = from; k < end; ++k) {
+            position_[k] = position_of(a_[k]);
+            same[count] = k;
+            count += k > 0 && a_[k] >> position_bits == a_[k - 1] >> position_bits;
+        }
+        for (int c = 0; c < count; ++c) {
+            int const k = same[c];
+            word const x = keys_.key(position_of(a_[k - 1])), y = keys_.key(position_of(a_[k]));
+            if (y < x) return settle_window_around(k);
+            position_[k] |= x == y ? repeat_mark : 0;
+            repeats_ |= x == y;
+        }
+        return end;
+    }
+
+    int settle_window_around(int k)
+    {
+        word const upper = a_[k] >> position_bits;
+        int from = k, to = k + 1;
+        while (from > settled_ && a_[from - 1] >> position_bits == upper) --from;
+        while (to < present_ && a_[to] >> position_bits == upper) ++to;
+        settle_window(from, to);
+        return settled_ = to;
     }
 
     // Calls f on every stretch of words with the same upper bits.
@@ -286,7 +305,7 @@ private:
     // The words agree in the window: order them by the bits that it left out.
     void settle_window(int from, int to)
     {
-        if (hidden_bits_ == 0 || one_key(from, to)) return settle_equal(from, to);
+        if (hidden_bits_ == 0 || (!Keys::exact && one_key(from, to))) return settle_equal(from, to);
         word const hidden = (word(1) << hidden_bits_) - 1;
         for (int k = from; k < to; ++k) {
             int const i = position_of(a_[k]);
@@ -362,6 +381,7 @@ private:
     int present_ = 0;
     bool rising_ = true, falling_ = true;
     int hidden_bits_ = 0;
+    int settled_ = 0; // windows before it were ordered anew
     bool repeats_ = false;
 };
 
@@ -440,8 +460,8 @@ void settle(double const* sorted_key, int n, char const* marked, int const* posi
 {
     using sorter = rank_sort<W, shift>;
     std::size_t const size = static_cast<std::size_t>(n);
-    std::unique_ptr<W[]> const a(new W[size]), sorted(new W[size]);
-    std::unique_ptr<int[]> const open(new int[size + 1]);
+    auto const a = scratch<W>(size), sorted = scratch<W>(size);
+    auto const open = scratch<int>(size + 1);
     word rank = 0;
     int asked = 0, run_asks = 0;
     for (int k = 0; k < n; ++k) {

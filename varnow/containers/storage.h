@@ -1,11 +1,13 @@
 // Internal: where the arrays of a container come from.
 #pragma once
 
+#include <varnow/core/platform.h>
 #include <varnow/core/text.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 namespace varnow::detail {
 
@@ -70,6 +72,14 @@ template <class T> T* copy_cells(T const* from, int n, T* to)
     if (n >= 8) return std::copy_n(from, n, to);
     for (int i = 0; i < n; ++i) to[i] = from[i];
     return to + n;
+}
+
+/// n values to work in, undefined, and on large pages where they are many.
+template <class T> std::unique_ptr<T[]> scratch(std::size_t n)
+{
+    std::unique_ptr<T[]> r(new T[n]);
+    platform::advise_large_pages(r.get(), n * sizeof(T));
+    return r;
 }
 
 /// A size that was formed from other sizes; throws as the arrays above do.

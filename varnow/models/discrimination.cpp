@@ -47,8 +47,8 @@ public:
         settled_ = std::any_of(score, score + n, [](double s) { return s != s; });
         // The sort's working memory then takes the sorted observations: fresh memory costs more
         // than most passes over it.
-        words_.reset(new std::uint64_t[2 * n]);
-        place_.reset(new int[n]);
+        words_ = detail::scratch<std::uint64_t>(2 * n);
+        place_ = detail::scratch<int>(n);
         if (settled_)
             detail::sorted_positions(score, static_cast<int>(n), Ascending, place_.get());
         else
