@@ -1,6 +1,7 @@
 #include <varnow/containers/product_kernel.h>
 
 #include <algorithm>
+#include <cstring>
 
 // A function compiled for a target that has fused operations gets them unless told otherwise.
 #if defined(__clang__)
@@ -37,6 +38,16 @@ template <class V> VARNOW_INLINE lanes<V>* at(double* p)
     return reinterpret_cast<lanes<V>*>(p);
 }
 
+// Puts a number into all cells of a vector, as if it were a whole one: some machines do that within
+// the load, but spend a step of their multipliers on others.
+template <class V> VARNOW_INLINE void fill_lanes(V& x, double const* p)
+{
+    typedef long long whole __attribute__((vector_size(sizeof(V))));
+    long long bits;
+    std::memcpy(&bits, p, sizeof bits);
+    x = reinterpret_cast<V>(whole{} + bits);
+}
+
 constexpr int most_rows = 8;  // of a tile, on any machine
 constexpr int most_vec = 8;   // cells of a vector, on any machine
 constexpr int tile_vecs = 3;  // across a tile
@@ -58,8 +69,12 @@ VARNOW_INLINE void tile(int depth, double const* a, ptrdiff_t a_step, double con
         VARNOW_UNROLL for (int v = 0; v < Vecs; ++v)
             y[v] = at<V>(b + v * width)->v;
         VARNOW_UNROLL for (int r = 0; r < Rows; ++r)
+        {
+            V x;
+            fill_lanes(x, a + r);
             VARNOW_UNROLL for (int v = 0; v < Vecs; ++v)
-                s[r][v] += a[r] * y[v];
+                s[r][v] += x * y[v];
+        }
     }
     VARNOW_UNROLL for (int r = 0; r < Rows; ++r)
         VARNOW_UNROLL for (int v = 0; v < Vecs; ++v)
