@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
+#include <vector>
 
 using namespace varnow;
 using test::grid;
@@ -222,6 +224,35 @@ TEST(MatrixFunctions, StandAsMemberAndAsFreeFunction)
         (m.*f.member)();
         EXPECT_TRUE(same_bits(m, r));
     }
+}
+
+TEST(MatrixFunctions, TakeExponentialsToTheBitOfTheCLibrary)
+{
+    std::vector<double> x = {NaN, inf, -inf, 0.0, -0.0, 1e300, -1e300};
+    for (double edge : {5e-324, 0x1p-1022, 0x1p-54, 0x1p-53, 1.0, 512.0, 707.0, 708.4, 709.78271289,
+                        709.7827128933841, 744.4, 745.1332191019411, 746.0})
+        for (double sign : {1.0, -1.0})
+            for (double to : {-inf, edge, inf}) x.push_back(sign * std::nextafter(edge, to));
+    for (int k = -130; k <= 130; ++k) { // the edges between the steps of a table
+        x.push_back((k + 0.5) * std::log(2.0) / 128);
+        x.push_back(k * std::log(2.0) / 128);
+    }
+    std::mt19937_64 source(1);
+    for (double scale : {1e-9, 1e-3, 1.0, 40.0, 512.0, 760.0}) {
+        std::uniform_real_distribution<double> uniform(-scale, scale);
+        for (int i = 0; i < 200003; ++i) x.push_back(uniform(source));
+    }
+    matrix m(1, static_cast<int>(x.size())), expected = m;
+    for (int j = 0; j < m.cols; ++j) {
+        m.cell[0][j] = x[std::size_t(j)];
+        expected.cell[0][j] = std::exp(x[std::size_t(j)]);
+    }
+    test::on_every_machine([&] {
+        EXPECT_TRUE(same_bits(exp(m), expected));
+        matrix in_place = m;
+        in_place.exp();
+        EXPECT_TRUE(same_bits(in_place, expected));
+    });
 }
 
 TEST(MatrixFunctions, RaiseToPowersAndApplyFunctionsOfTheUser)

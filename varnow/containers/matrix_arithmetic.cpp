@@ -1,6 +1,7 @@
 #include <varnow/containers/matrix_arithmetic.h>
 
 #include <varnow/containers/cellwise.h>
+#include <varnow/containers/exponential.h>
 #include <varnow/containers/slicing.h>
 
 #include <new>
@@ -112,9 +113,11 @@ FUNCTION(abs, std::fabs(x)) FUNCTION(sqr, x * x)          FUNCTION(sqrt, std::sq
 FUNCTION(sin, std::sin(x))  FUNCTION(cos, std::cos(x))    FUNCTION(tan, std::tan(x))
 FUNCTION(sinh, std::sinh(x)) FUNCTION(cosh, std::cosh(x)) FUNCTION(tanh, std::tanh(x))
 FUNCTION(asin, std::asin(x)) FUNCTION(acos, std::acos(x)) FUNCTION(atan, std::atan(x))
-FUNCTION(exp, std::exp(x))  FUNCTION(log, std::log(x))    FUNCTION(log10, std::log10(x))
+FUNCTION(log, std::log(x))    FUNCTION(log10, std::log10(x))
 FUNCTION(ceil, std::ceil(x)) FUNCTION(floor, std::floor(x))
 #undef FUNCTION
+void matrix::exp() { change(*this, detail::exponential()); }
+matrix exp(matrix const& a) { return map(a, detail::exponential()); }
 
 #define POWER(P, value)                                                                                \
     void matrix::pow(P p) { change(*this, [p](double x) { return value; }); }                          \
