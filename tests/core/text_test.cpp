@@ -2,6 +2,7 @@
 
 #include "tests/support/refusal.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -12,6 +13,11 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#if !defined(_WIN32)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 using namespace varnow;
 
@@ -42,6 +48,27 @@ struct file
 };
 
 } // namespace
+
+#if !defined(_WIN32)
+TEST(Text, ReadsNothingBehindTheEndOfACString)
+{
+    auto const page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const two =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(two, MAP_FAILED);
+    char* const end = static_cast<char*>(two) + page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    std::string const all = "abcdefghijklmnopqrstuvwxyzABCDEF";
+    for (std::size_t n = 1; n <= all.size(); ++n) {
+        std::string const part = all.substr(0, n);
+        std::copy_n(part.c_str(), n + 1, end - n - 1);
+        EXPECT_EQ(bytes(Text(end - n - 1)), part + '\0');
+        std::copy_n(part.c_str(), n, end - n);
+        EXPECT_EQ(bytes(Text(end - n, n)), part + '\0');
+    }
+    munmap(two, 2 * page);
+}
+#endif
 
 TEST(Text, IsMadeFromCharactersStringsAndNumbers)
 {

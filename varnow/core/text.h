@@ -157,7 +157,10 @@ template <class S, detail::if_number<S> = 0> Text operator+(S a, Text const& b)
 
 inline int operator==(Text const& a, Text const& b)
 {
-    return a.len == b.len && std::memcmp(a.str, b.str, static_cast<std::size_t>(a.len)) == 0;
+    if (a.len != b.len) return 0;
+    // Most pairs of one length differ in their first byte.
+    return a.len == 0 || (a.str[0] == b.str[0] &&
+                          std::memcmp(a.str, b.str, static_cast<std::size_t>(a.len)) == 0);
 }
 inline int operator!=(Text const& a, Text const& b)
 {

@@ -8,6 +8,10 @@
 #include <mutex>
 #include <new>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || defined(_WIN32)
 #define VARNOW_PLAIN_BUFFERS 1
 #elif defined(__has_feature)
@@ -352,10 +356,50 @@ void copy_bytes(char* to, char const* from, std::size_t n)
         std::memcpy(to + second, words + 1, 4);
         std::memcpy(to + third, words + 2, 4);
         std::memcpy(to + last, words + 3, 4);
-    } else {
-        for (std::size_t i = 0; i < n; ++i) to[i] = from[i];
+    } else if (n > 0) {
+        char const first = from[0], middle = from[n / 2], last = from[n - 1];
+        to[0] = first;
+        to[n / 2] = middle;
+        to[n - 1] = last;
     }
 }
+
+// A new buffer with n characters and the zero behind them.
+char* new_copy(char const* from, std::size_t n)
+{
+    char* const r = detail::new_text(static_cast<int>(n));
+    copy_bytes(r, from, n);
+    r[n] = 0;
+    return r;
+}
+
+#if defined(__x86_64__) && !defined(VARNOW_PLAIN_BUFFERS)
+// The same where one load can leave out the bytes behind the end, without touching them.
+__attribute__((target("avx512bw,avx512vl"))) char* new_copy_masked(char const* from, std::size_t n)
+{
+    if (n >= detail::unit) return new_copy(from, n);
+    char* const r = detail::new_text(static_cast<int>(n));
+    __mmask16 const mask = static_cast<__mmask16>((1u << n) - 1);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(r), _mm_maskz_loadu_epi8(mask, from));
+    return r;
+}
+
+bool masks()
+{
+    static bool const r = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
+    return r;
+}
+#else
+char* new_copy_masked(char const* from, std::size_t n)
+{
+    return new_copy(from, n);
+}
+
+bool masks()
+{
+    return false;
+}
+#endif
 
 bool is_short(Text const& x)
 {
@@ -424,10 +468,8 @@ void Text::assign(char const* s, std::size_t n)
 {
     if (n > INT_MAX - 1) throw std::bad_alloc();
     if (n == 0) return;
-    str = detail::new_text(static_cast<int>(n));
+    str = masks() ? new_copy_masked(s, n) : new_copy(s, n);
     len = static_cast<int>(n);
-    copy_bytes(str, s, n);
-    str[n] = 0;
 }
 
 void Text::copy_from(Text const& b)
