@@ -1,10 +1,12 @@
 #include <varnow/network/flat_net.h>
 
 #include <varnow/network/activation_kernels.h>
+#include <varnow/network/machine.h>
 #include <varnow/sparse/threshold.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace varnow::detail {
 
@@ -26,7 +28,7 @@ std::vector<int> entries_of(sparse const& s, int const* position, int count, std
     return entry;
 }
 
-double kept(double v)
+INLINE double kept(double v)
 {
     return is_kept(v) ? v : 0.0;
 }
@@ -39,9 +41,15 @@ flat_patterns::flat_patterns(neural_net const& net, int set)
     x.resize(at((n + lanes - 1) / lanes) * at(width) * lanes);
     target.resize(at(n));
     sparse const &in = net.inputs[set], &out = net.outputs[set];
-    for (int k = 0; k < in.nnz; ++k) {
-        int const p = in.rowidx[k] - 1, i = in.colidx[k] - 1;
-        if (p < n) x[(at(p / lanes) * at(width) + at(i)) * lanes + at(p % lanes)] = in.values[k];
+    double* of_pattern = nullptr;
+    for (int k = 0, last = 0; k < in.nnz; ++k) {
+        int const p = in.rowidx[k] - 1;
+        if (p >= n) continue;
+        if (p + 1 != last) {
+            of_pattern = &x[at(p / lanes) * at(width) * lanes + at(p % lanes)];
+            last = p + 1;
+        }
+        of_pattern[at(in.colidx[k] - 1) * lanes] = in.values[k];
     }
     for (int k = 0; k < out.nnz; ++k)
         if (out.rowidx[k] <= n) target[at(out.rowidx[k] - 1)] = out.values[k];
@@ -79,31 +87,67 @@ flat_net::flat_net(neural_net const& net)
 
 namespace {
 
+bool all_finite(double const* w, std::size_t count)
+{
+    return std::all_of(w, w + count, [](double x) { return std::isfinite(x); });
+}
+
 // One block of patterns on its way through the net.
 struct block
 {
-    explicit block(flat_net const& f) : z(at(f.n_hid) * lanes), h(z.size()), d(z.size()) {}
+    block(flat_net const& f, flat_weights w)
+        : finite(all_finite(w.w1, f.entry.size()) && all_finite(w.w2, f.w2_unit.size())),
+          z(at(f.n_hid) * lanes),
+          h(z.size()),
+          d(z.size())
+    {
+    }
 
+    bool finite;           // all weights of connections
     std::vector<double> z; // sums of the hidden units, 0 where nothing is stored
     std::vector<double> h; // activations, 0 likewise
     std::vector<double> d; // deltas, 0 likewise
     double y[lanes];
 };
 
-// s += x * w where x is stored, which matters only where w is not finite.
-inline void add_product(double const* x, double w, double* s)
+// One term w x[0], ..., w x[lanes - 1] of sums.
+struct term
 {
-    if (std::isfinite(w)) {
-#pragma omp simd
-        for (int l = 0; l < lanes; ++l) s[l] += x[l] * w;
+    double const* x;
+    double w;
+};
+
+using cells = double __attribute__((vector_size(64)));
+
+// The sums of terms, beside each other. An x that is not stored is 0, which matters only where a
+// weight is not finite: there it makes no term.
+template <class Terms> INLINE void add_terms(int count, bool finite, Terms const& terms, double* s)
+{
+    constexpr int width = sizeof(cells) / sizeof(double);
+    if (finite) {
+        for (int from = 0; from < lanes; from += 2 * width) {
+            cells a = {}, b = {};
+            for (int c = 0; c < count; ++c) {
+                term const t = terms(c);
+                cells xa, xb;
+                std::memcpy(&xa, t.x + from, sizeof xa);
+                std::memcpy(&xb, t.x + from + width, sizeof xb);
+                a += xa * t.w;
+                b += xb * t.w;
+            }
+            std::memcpy(s + from, &a, sizeof a);
+            std::memcpy(s + from + width, &b, sizeof b);
+        }
     } else {
-        for (int l = 0; l < lanes; ++l)
-            if (x[l] != 0.0) s[l] += x[l] * w;
+        std::fill(s, s + lanes, 0.0);
+        for (int c = 0; c < count; ++c)
+            for (int l = 0; l < lanes; ++l)
+                if (terms(c).x[l] != 0.0) s[l] += terms(c).x[l] * terms(c).w;
     }
 }
 
 // As a matrix of sums drops small values, so does the matrix with the biases added.
-inline void finish_sums(double* s, double const* bias)
+INLINE void finish_sums(double* s, double const* bias)
 {
 #pragma omp simd
     for (int l = 0; l < lanes; ++l) s[l] = kept(s[l]);
@@ -113,42 +157,44 @@ inline void finish_sums(double* s, double const* bias)
     for (int l = 0; l < lanes; ++l) s[l] = kept(s[l] + b);
 }
 
-VARNOW_CLONES void hidden_sums(flat_net const& f, flat_weights w, double const* x, double* z)
+INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double const* x, double* z)
 {
+    int const *const input = f.input.data(), *const entry = f.entry.data();
     for (int j = 0; j < f.n_hid; ++j, z += lanes) {
-        std::fill(z, z + lanes, 0.0);
-        for (int c = f.first[at(j)]; c < f.first[at(j) + 1]; ++c)
-            add_product(x + at(f.input[at(c)]) * lanes, w.w1[f.entry[at(c)]], z);
-        int const bias = f.b1_entry[at(j)];
+        int const from = f.first[at(j)], bias = f.b1_entry[at(j)];
+        auto const terms = [&](int c) -> term {
+            return {x + at(input[from + c]) * lanes, w.w1[entry[from + c]]};
+        };
+        add_terms(f.first[at(j) + 1] - from, finite, terms, z);
         finish_sums(z, bias < 0 ? nullptr : w.b1 + bias);
     }
 }
 
-VARNOW_CLONES void output_sums(flat_net const& f, flat_weights w, double const* h, double* z)
+INLINE void output_sums(flat_net const& f, flat_weights w, bool finite, double const* h, double* z)
 {
-    std::fill(z, z + lanes, 0.0);
-    for (std::size_t k = 0; k < f.w2_unit.size(); ++k)
-        add_product(h + at(f.w2_unit[k]) * lanes, w.w2[k], z);
+    int const* const unit = f.w2_unit.data();
+    auto const terms = [&](int c) -> term { return {h + at(unit[c]) * lanes, w.w2[c]}; };
+    add_terms(static_cast<int>(f.w2_unit.size()), finite, terms, z);
     finish_sums(z, f.b2_entry < 0 ? nullptr : w.b2);
 }
 
-void forward(flat_net const& f, flat_weights w, double const* x, block& b)
+INLINE void forward(flat_net const& f, flat_weights w, double const* x, block& b)
 {
-    hidden_sums(f, w, x, b.z.data());
+    hidden_sums(f, w, b.finite, x, b.z.data());
     activate_stored(b.z.data(), static_cast<int>(b.z.size()), f.act_hid, b.h.data());
     double z[lanes];
-    output_sums(f, w, b.h.data(), z);
+    output_sums(f, w, b.finite, b.h.data(), z);
     activate_stored(z, lanes, f.act_out, b.y);
 }
 
-inline double slope(double y, int code)
+INLINE double slope(double y, int code)
 {
     return code == 1 ? y * (1.0 - y) : code == 2 ? 1.0 - y * y : 1.0;
 }
 
 // The deltas of the hidden units; a product that is not stored leaves 0.
-VARNOW_CLONES void hidden_deltas(flat_net const& f, flat_weights w, double const* delta,
-                                 double const* z, double const* h, double* d)
+INLINE void hidden_deltas(flat_net const& f, flat_weights w, double const* delta, double const* z,
+                          double const* h, double* d)
 {
     for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
         std::size_t const from = at(f.w2_unit[k]) * lanes;
@@ -162,51 +208,61 @@ VARNOW_CLONES void hidden_deltas(flat_net const& f, flat_weights w, double const
     }
 }
 
-} // namespace
-
-void flat_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
+INLINE void find_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
 {
-    block b(f);
+    block b(f, w);
     for (int from = 0; from < p.n; from += lanes) {
         forward(f, w, p.x.data() + at(from) * at(p.width), b);
         std::copy_n(b.y, std::min(lanes, p.n - from), y + from);
     }
 }
 
-namespace {
-
-// Values of one pattern, unit by unit.
-VARNOW_CLONES void gather(double const* of_lane, int units, double* to)
+INLINE void by_pattern(std::vector<double> const& by_unit, std::vector<double>& to)
 {
-    for (int j = 0; j < units; ++j) to[j] = of_lane[at(j) * lanes];
+    std::size_t const units = by_unit.size() / lanes;
+    for (std::size_t j = 0; j < units; ++j)
+        for (std::size_t l = 0; l < lanes; ++l) to[l * units + j] = by_unit[j * lanes + l];
 }
 
-VARNOW_CLONES void add_input_gradient(flat_net const& f, double const* x, double const* d, double r,
-                                      double* g)
+// g[k] += f(v of the unit of entry k); units that follow each other are read as they stand.
+template <class F>
+INLINE void add_by_unit(int const* unit, int count, double const* v, double* g, F const& f)
 {
-    for (int i = 0; i < f.n_in; ++i) {
-        double const xi = x[at(i) * lanes];
-        if (xi == 0.0) continue;
-        int const begin = f.row[at(i)], end = f.row[at(i) + 1];
-        if (begin == end) continue;
-        int const start = f.unit[at(begin)];
-        if (f.unit[at(end) - 1] - start == end - 1 - begin) {
-            double const* const dense = d + start - begin;
+    if (count == 0) return;
+    if (unit[count - 1] - unit[0] == count - 1) {
+        double const* const from = v + unit[0];
 #pragma omp simd
-            for (int k = begin; k < end; ++k) g[k] += r * kept(xi * dense[k]);
-        } else {
-            for (int k = begin; k < end; ++k) g[k] += r * kept(xi * d[f.unit[at(k)]]);
-        }
+        for (int k = 0; k < count; ++k) g[k] += f(from[k]);
+    } else {
+        for (int k = 0; k < count; ++k) g[k] += f(v[unit[k]]);
     }
 }
 
-} // namespace
-
-double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
-                         double const* rep, bool train_hidden, flat_gradient g)
+INLINE void add_output_gradient(flat_net const& f, double const* h, double rd, double* g)
 {
-    block b(f);
-    std::vector<double> of_unit(at(f.n_hid));
+    add_by_unit(f.w2_unit.data(), static_cast<int>(f.w2_unit.size()), h, g,
+                [=](double v) { return rd * v; });
+}
+
+INLINE void add_hidden_gradient(flat_net const& f, double const* x, double const* d, double r,
+                                flat_gradient g)
+{
+    for (int i = 0; i < f.n_in; ++i) {
+        double const xi = x[at(i) * lanes];
+        int const from = f.row[at(i)];
+        if (xi == 0.0) continue;
+        add_by_unit(f.unit.data() + from, f.row[at(i) + 1] - from, d, g.w1 + from,
+                    [=](double v) { return r * kept(xi * v); });
+    }
+    add_by_unit(f.b1_unit.data(), static_cast<int>(f.b1_unit.size()), d, g.b1,
+                [=](double v) { return r * v; });
+}
+
+INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
+                           double const* rep, bool train_hidden, flat_gradient g)
+{
+    block b(f, w);
+    std::vector<double> h(b.h.size()), d(b.d.size());
     double total = 0.0, delta[lanes];
     for (int from = 0; from < p.n; from += lanes) {
         double const* const x = p.x.data() + at(from) * at(p.width);
@@ -217,24 +273,74 @@ double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const&
             if (l < count && rep[from + l] > 0.0) total += e * e * rep[from + l];
             delta[l] = e * slope(b.y[l], f.act_out);
         }
-        if (train_hidden) hidden_deltas(f, w, delta, b.z.data(), b.h.data(), b.d.data());
+        by_pattern(b.h, h);
+        if (train_hidden) {
+            hidden_deltas(f, w, delta, b.z.data(), b.h.data(), b.d.data());
+            by_pattern(b.d, d);
+        }
         for (int l = 0; l < count; ++l) {
-            double const r = rep[from + l];
+            double const r = rep[from + l], rd = r * delta[l];
             if (!(r > 0.0)) continue;
-            double const rd = r * delta[l];
-            for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
-                std::size_t const u = at(f.w2_unit[k]) * lanes + at(l);
-                if (b.z[u] != 0.0) g.w2[k] += rd * b.h[u];
+            if (std::isfinite(rd)) {
+                add_output_gradient(f, h.data() + l * f.n_hid, rd, g.w2);
+            } else {
+                for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
+                    std::size_t const u = at(f.w2_unit[k]) * lanes + at(l);
+                    if (b.z[u] != 0.0) g.w2[k] += rd * b.h[u];
+                }
             }
             if (f.b2_entry >= 0) *g.b2 += rd;
-            if (!train_hidden) continue;
-            gather(b.d.data() + l, f.n_hid, of_unit.data());
-            add_input_gradient(f, x + l, of_unit.data(), r, g.w1);
-            for (std::size_t k = 0; k < f.b1_unit.size(); ++k)
-                g.b1[k] += r * of_unit[at(f.b1_unit[k])];
+            if (train_hidden) add_hidden_gradient(f, x + l, d.data() + l * f.n_hid, r, g);
         }
     }
     return total;
+}
+
+// clang-format off
+#define PASSES(name, attribute)                                                                        \
+    attribute void outputs_##name(flat_net const& f, flat_weights w, flat_patterns const& p, double* y) \
+    { find_outputs(f, w, p, y); }                                                                      \
+    attribute double gradient_##name(flat_net const& f, flat_weights w, flat_patterns const& p,        \
+                                     double const* rep, bool train_hidden, flat_gradient g)            \
+    { return add_gradient(f, w, p, rep, train_hidden, g); }
+PASSES(any, )
+#if defined(VARNOW_MACHINES)
+PASSES(narrow, NARROW)
+PASSES(wide, WIDE)
+#endif
+#undef PASSES
+// clang-format on
+
+struct passes
+{
+    decltype(&outputs_any) outputs;
+    decltype(&gradient_any) gradient;
+};
+
+passes const& best_passes()
+{
+#if defined(VARNOW_MACHINES)
+    static passes const all[] = {{outputs_any, gradient_any},
+                                 {outputs_narrow, gradient_narrow},
+                                 {outputs_wide, gradient_wide}};
+    static passes const& best = all[machine_at_hand()];
+#else
+    static passes const best = {outputs_any, gradient_any};
+#endif
+    return best;
+}
+
+} // namespace
+
+void flat_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
+{
+    best_passes().outputs(f, w, p, y);
+}
+
+double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
+                         double const* rep, bool train_hidden, flat_gradient g)
+{
+    return best_passes().gradient(f, w, p, rep, train_hidden, g);
 }
 
 } // namespace varnow::detail
