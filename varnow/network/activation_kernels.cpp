@@ -77,9 +77,10 @@ template <bool fused, bool near> INLINE double tanh_of(double x)
     double const size = v + v, a = pick(large, size, -size);
 
     // k is 0 up to half of ln 2, and 1 up to three halves of it, each to 20 bits.
-    double k = rounded(1.44269504088896338700e+00 * a);
-    k = pick(size < 1.0397205352783203, pick(large, 1.0, -1.0), k);
-    k = pick(size < 0.3465735912322998, 0.0, k);
+    bool const no_power = size < 0.3465735912322998;
+    double k = static_cast<int>(1.44269504088896338700e+00 * a + std::copysign(0.5, a));
+    k = pick(size < 1.0397205352783203, -1.0, k);
+    k = pick(no_power, 0.0, k);
     double const high = a - k * 6.93147180369123816490e-01, low = k * 1.90821492927058770002e-10;
     double const r = high - low, c = (high - r) - low;
 
@@ -93,17 +94,18 @@ template <bool fused, bool near> INLINE double tanh_of(double x)
     double const q3 = ma(s, -2.01099218183624371326e-07, 4.00821782732936239552e-06);
     double const q = ma(s4, q3, ma(s2, q2, q1)), t = ma(-q, half, 3.0);
     double const e = s * ((q - t) / ma(-r, t, 6.0));
-    double const rest = pick(k == 0.0, ma(r, e, -s), ma(r, e - c, -c) - s), d = rest - r;
+    double const rest = pick(no_power, ma(r, e, -s), ma(r, e - c, -c) - s), d = rest - r;
 
+    // Of a negative a take 0 at k = 0, a half at -1 and 1 below.
     double const up = power_of_2(k), down = power_of_2(-k);
-    double add = pick(k < 20.0, 1.0 - down, 1.0);
-    add = pick(k < 3.0, 1.0, add);
-    add = pick((k == 0.0) | (k == -1.0), 0.0, add);
-    double take = pick((!near & (k > 56.0)) | (k < -1.0), 1.0, 0.0);
-    take = pick(k == -1.0, 0.5, take);
+    bool const below = k < -1.0;
+    double const add = pick(large, 1.0 - down, pick(below, 1.0, 0.0));
+    double const take = pick(large, 0.0, pick(below, 1.0, -0.5 * k));
     double power = (add - d) * up - take;
-    if constexpr (!near)
-        power = pick((k >= 20.0) & (k <= 56.0), ((r - (rest + down)) + 1.0) * up, power);
+    if constexpr (!near) {
+        power = pick(k >= 20.0, ((r - (rest + down)) + 1.0) * up, power);
+        power = pick(k > 56.0, (1.0 - d) * up - 1.0, power);
+    }
 
     double const quotient = pick(large, 2.0, -power) / (power + 2.0);
     double const y = pick(large, 1.0 - quotient, quotient);
