@@ -187,10 +187,10 @@ template <bool fused> INLINE void tanh_side_by_side(double const* z, int n, doub
         if (far == 0) {
 #pragma omp simd
             for (int i = from; i < end; ++i) y[i] = tanh_of<fused, true>(z[i]);
-        } else {
-#pragma omp simd
-            for (int i = from; i < end; ++i) y[i] = tanh_of<fused, false>(z[i]);
+            continue;
         }
+#pragma omp simd
+        for (int i = from; i < end; ++i) y[i] = tanh_of<fused, false>(z[i]);
     }
 }
 

@@ -196,12 +196,9 @@ int parameters(neural_net const& net)
 void prepare_damped_search(neural_net& net)
 {
     int const P = parameters(net);
-    if (net.grad_vec.rows != P) {
-        net.grad_vec.resize(P, 1);
-        net.step_vec.resize(P, 1);
-        net.outer_mat.resize(P, P);
-        net.unit_mat = eye(P);
-    }
+    net.grad_vec.resize(P, 1);
+    net.step_vec.resize(P, 1);
+    if (net.unit_mat.rows != P || net.unit_mat.cols != P) net.unit_mat = eye(P);
     net.weight2param(net.gw1, net.gb1, net.gw2, net.gb2, net.grad_vec);
     net.outer_mat = sqrT(net.grad_vec);
 }
@@ -232,13 +229,13 @@ damped_result damped_search(neural_net& net, learning_set& set, double m, int us
 {
     prepare_damped_search(net);
     double const n2 = scsqr(net.grad_vec);
-    double l = net.lambda, best = m, e = m, factor = 1.0;
-    bool accepted = false, finished = false;
+    double l = net.lambda, best = m, e = m;
+    bool accepted = false, finished = false, growing = false;
     for (int k = 1; k <= most_trials && !finished; ++k) {
         make_damped_step(net, m, l, l + n2);
         net.param2weight(net.step_vec, net.sw1, net.sb1, net.sw2, net.sb2);
         e = set.error_of_step(use_penalty);
-        if (k == 1) factor = best > e ? 0.1 : 10.0;
+        if (k == 1) growing = !(best > e);
         if (best > e) {
             net.gw1 = net.sw1;
             net.gb1 = net.sb1;
@@ -251,10 +248,7 @@ damped_result damped_search(neural_net& net, learning_set& set, double m, int us
             // An improvement by the very last trial is given up.
             finished = accepted;
         }
-        if (factor > 1.0)
-            l *= 10.0;
-        else
-            l /= 10.0;
+        l = growing ? l * 10.0 : l / 10.0;
     }
     return {finished, e};
 }
