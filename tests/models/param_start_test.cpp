@@ -11,7 +11,8 @@ namespace {
 TEST(ParamStart, GivesTheMeansOfBothLevels)
 {
     using test::same_bits;
-    EXPECT_TRUE(same_bits(param_start_B("0; 1; 0; 2; nan; 1", "1; 5; 3; 7; 100; nan"), matrix("2; 6")));
+    EXPECT_TRUE(
+        same_bits(param_start_B("0; 1; 0; 2; nan; 1", "1; 5; 3; 7; 100; nan"), matrix("2; 6")));
     EXPECT_TRUE(same_bits(param_start_B("1; 1", "2; 4"), matrix("3; 3")));
     EXPECT_TRUE(same_bits(param_start_B(matrix(0, 1), matrix(0, 1)), matrix("0; 0")));
 }

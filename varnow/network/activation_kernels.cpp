@@ -1,5 +1,6 @@
 #include <varnow/network/activation_kernels.h>
 
+#include <varnow/containers/exponential.h>
 #include <varnow/network/machine.h>
 
 #include <algorithm>
@@ -13,17 +14,15 @@ namespace {
 
 using kernel = void (*)(double const* z, int n, double* y);
 
+struct kernels
+{
+    kernel tanh, finish_logistic;
+};
+
 void tanh_one_by_one(double const* z, int n, double* y)
 {
     for (int i = 0; i < n; ++i) y[i] = std::tanh(z[i]);
 }
-
-void logistic_one_by_one(double const* z, int n, double* y)
-{
-    for (int i = 0; i < n; ++i) y[i] = z[i] == 0.0 ? 0.0 : 1.0 / (1.0 + std::exp(-z[i]));
-}
-
-#if defined(VARNOW_MACHINES)
 
 INLINE std::uint64_t bits_of(double x)
 {
@@ -46,10 +45,23 @@ INLINE double pick(bool first, double a, double b)
     return from_bits((bits_of(a) & mask) | (bits_of(b) & ~mask));
 }
 
-constexpr double to_last_bits = 6755399441055744.0; // a sum with it ends in the whole number
+// From exp(-z) in y.
+INLINE void logistic_of_powers(double const* z, int n, double* y)
+{
+#pragma omp simd
+    for (int i = 0; i < n; ++i) y[i] = pick(z[i] == 0.0, 0.0, 1.0 / (1.0 + y[i]));
+}
+
+void plain_logistic(double const* z, int n, double* y)
+{
+    logistic_of_powers(z, n, y);
+}
+
+#if defined(VARNOW_MACHINES)
 
 INLINE double power_of_2(double k)
 {
+    constexpr double to_last_bits = 6755399441055744.0; // a sum with it ends in the whole number
     return from_bits(bits_of(k + (to_last_bits + 1023.0)) << 52);
 }
 
@@ -112,69 +124,6 @@ template <bool fused, bool near> INLINE double tanh_of(double x)
     return pick(x != x, x, std::copysign(pick(magnitude >= 22.0, 1.0, y), x));
 }
 
-// 2^(i / 128) as H (1 + T), with H the nearest double: T, and the bits of H less i in the place of
-// what is added to them for a power.
-struct powers_of_2
-{
-    powers_of_2()
-    {
-        twofold root = {2.0, 0.0}, roots[7];
-        for (int k = 6; k >= 0; --k) roots[k] = root = square_root(root);
-        for (unsigned i = 0; i < 128; ++i) {
-            twofold power = {1.0, 0.0};
-            for (unsigned k = 0; k < 7; ++k)
-                if (i >> k & 1u) power = product(power, roots[k]);
-            tail[i] = power.low / power.high;
-            head[i] = bits_of(power.high) - (std::uint64_t(i) << 45);
-        }
-    }
-
-    double tail[128];
-    std::uint64_t head[128];
-
-private:
-    // A sum of two numbers, the second below the last bit of the first.
-    struct twofold
-    {
-        double high, low;
-    };
-    static twofold sum(double large, double small)
-    {
-        double const s = large + small;
-        return {s, small - (s - large)};
-    }
-    static twofold product(twofold a, twofold b)
-    {
-        double const p = a.high * b.high;
-        return sum(p, std::fma(a.high, b.high, -p) + a.high * b.low + a.low * b.high);
-    }
-    static twofold square_root(twofold a)
-    {
-        double const s = std::sqrt(a.high);
-        return sum(s, (std::fma(-s, s, a.high) + a.low) / (2.0 * s));
-    }
-};
-
-// The exponential function as x = k ln 2 / 128 + r, by the table and a polynomial: the constants
-// and operations of the C libraries that have it from Arm's routines. For |x| from 2^-54 to 512.
-template <bool fused>
-INLINE double exp_of(double x, double const* __restrict tails,
-                     std::uint64_t const* __restrict heads)
-{
-    auto const ma = [](double p, double q, double s) __attribute__((always_inline))
-    {
-        return multiply_add<fused>(p, q, s);
-    };
-    double const sum = ma(0x1.71547652b82fep7, x, to_last_bits), k = sum - to_last_bits;
-    std::uint64_t const bits = bits_of(sum), i = bits & 127u;
-    double const r = ma(k, -0x1.cf79abc9e3b39p-47, ma(k, -0x1.62e42fefa0000p-8, x)), r2 = r * r;
-    double const low = ma(r, 0x1.555555555543cp-3, 0x1.ffffffffffdbdp-2);
-    double const high = ma(r, 0x1.1111167a4d017p-7, 0x1.55555cf172b91p-5);
-    double const rest = ma(r2 * r2, high, ma(r2, low, tails[i] + r));
-    double const power = from_bits(heads[i] + (bits << 45));
-    return ma(power, rest, power);
-}
-
 constexpr int stretch = 64;
 
 template <bool fused> INLINE void tanh_side_by_side(double const* z, int n, double* y)
@@ -194,44 +143,38 @@ template <bool fused> INLINE void tanh_side_by_side(double const* z, int n, doub
     }
 }
 
-template <bool fused>
-INLINE void logistic_side_by_side(double const* __restrict z, int n, double* __restrict y)
+WIDE void wide_fused(double const* z, int n, double* y)
 {
-    static powers_of_2 const powers;
-    double const* const tails = powers.tail;
-    std::uint64_t const* const heads = powers.head;
-    for (int from = 0; from < n; from += stretch) {
-        int const end = n - from < stretch ? n : from + stretch;
-        int far = 0;
-#pragma omp simd reduction(+ : far)
-        for (int i = from; i < end; ++i) far += !(std::fabs(z[i]) < 512.0);
-        if (far == 0) {
-#pragma omp simd
-            for (int i = from; i < end; ++i)
-                y[i] = pick(z[i] == 0.0, 0.0, 1.0 / (1.0 + exp_of<fused>(-z[i], tails, heads)));
-        } else {
-            logistic_one_by_one(z + from, end - from, y + from);
-        }
-    }
+    tanh_side_by_side<true>(z, n, y);
+}
+WIDE void wide_plain(double const* z, int n, double* y)
+{
+    tanh_side_by_side<false>(z, n, y);
+}
+NARROW void narrow_fused(double const* z, int n, double* y)
+{
+    tanh_side_by_side<true>(z, n, y);
+}
+NARROW void narrow_plain(double const* z, int n, double* y)
+{
+    tanh_side_by_side<false>(z, n, y);
 }
 
-// clang-format off
-#define KERNELS(f)                                                                                     \
-    WIDE void f##_wide_fused(double const* z, int n, double* y) { f##_side_by_side<true>(z, n, y); }    \
-    WIDE void f##_wide_plain(double const* z, int n, double* y) { f##_side_by_side<false>(z, n, y); }   \
-    NARROW void f##_narrow_fused(double const* z, int n, double* y) { f##_side_by_side<true>(z, n, y); } \
-    NARROW void f##_narrow_plain(double const* z, int n, double* y) { f##_side_by_side<false>(z, n, y); }
-KERNELS(tanh) KERNELS(logistic)
-#undef KERNELS
-    // clang-format on
+WIDE void wide_logistic(double const* z, int n, double* y)
+{
+    logistic_of_powers(z, n, y);
+}
+NARROW void narrow_logistic(double const* z, int n, double* y)
+{
+    logistic_of_powers(z, n, y);
+}
 
-    // Whether a kernel gives what the C library at hand does, by a hundred thousand numbers of all
-    // sizes: where operations differ in one place, about one in 5,000 results does.
-    bool agrees(kernel candidate, kernel reference)
+// Whether a kernel gives what the C library at hand does, by a hundred thousand numbers of all
+// sizes: where operations differ in one place, about one in 5,000 results does.
+bool agrees(kernel candidate)
 {
     constexpr int count = 256, rounds = 400;
-    double z[count] = {0.0, -0.0, NAN, INFINITY, -INFINITY, 1.0, -1.0, 22.0, 1e-300};
-    double y[count], expected[count];
+    double z[count] = {0.0, -0.0, NAN, INFINITY, -INFINITY, 1.0, -1.0, 22.0, 1e-300}, y[count];
     double u = 0.1;
     for (int round = 0; round < rounds; ++round) {
         for (int i = round == 0 ? 9 : 0; i < count; ++i) {
@@ -242,44 +185,39 @@ KERNELS(tanh) KERNELS(logistic)
             z[i] = i & 4 ? -size : size;
         }
         candidate(z, count, y);
-        reference(z, count, expected);
         for (int i = 0; i < count; ++i)
-            if (bits_of(y[i]) != bits_of(expected[i]) && z[i] == z[i]) return false;
+            if (bits_of(y[i]) != bits_of(std::tanh(z[i])) && z[i] == z[i]) return false;
     }
     return true;
 }
 
-// The first of two kernels for a wide machine and two for a narrow one that runs here and agrees.
-kernel best(kernel const (&candidates)[4], kernel reference)
+kernel first_that_agrees(kernel a, kernel b)
 {
-    machine const at_hand = machine_at_hand();
-    if (at_hand != any_machine)
-        for (int k = at_hand == wide_machine ? 0 : 2; k < 4; ++k)
-            if (agrees(candidates[k], reference)) return candidates[k];
-    return reference;
+    return agrees(a) ? a : agrees(b) ? b : tanh_one_by_one;
 }
 
-kernel best_tanh()
+kernels best_kernels()
 {
-    return best({tanh_wide_fused, tanh_wide_plain, tanh_narrow_fused, tanh_narrow_plain},
-                tanh_one_by_one);
-}
-kernel best_logistic()
-{
-    return best(
-        {logistic_wide_fused, logistic_wide_plain, logistic_narrow_fused, logistic_narrow_plain},
-        logistic_one_by_one);
+    switch (machine_at_hand()) {
+    case wide_machine: {
+        static kernels const best = {first_that_agrees(wide_fused, wide_plain), wide_logistic};
+        return best;
+    }
+    case narrow_machine: {
+        static kernels const best = {first_that_agrees(narrow_fused, narrow_plain),
+                                     narrow_logistic};
+        return best;
+    }
+    default:
+        return {tanh_one_by_one, plain_logistic};
+    }
 }
 
 #else
 
-kernel best_tanh()
+kernels best_kernels()
 {
-    return tanh_one_by_one;
-}
-kernel best_logistic()
-{
-    return logistic_one_by_one;
+    return {tanh_one_by_one, plain_logistic};
 }
 
 #endif
@@ -288,13 +226,18 @@ kernel best_logistic()
 
 void activate_stored(double const* z, int n, int code, double* y)
 {
-    static kernel const all_tanh = best_tanh(), all_logistic = best_logistic();
-    if (code == 1)
-        all_logistic(z, n, y);
-    else if (code == 2)
-        all_tanh(z, n, y);
-    else
+    switch (code) {
+    case 1:
+        for (int i = 0; i < n; ++i) y[i] = -z[i];
+        exponentials(n, y, y);
+        best_kernels().finish_logistic(z, n, y);
+        break;
+    case 2:
+        best_kernels().tanh(z, n, y);
+        break;
+    default:
         std::copy_n(z, n, y);
+    }
 }
 
 } // namespace varnow::detail

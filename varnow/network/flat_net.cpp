@@ -323,11 +323,11 @@ passes const& best_passes()
     static passes const all[] = {{outputs_any, gradient_any},
                                  {outputs_narrow, gradient_narrow},
                                  {outputs_wide, gradient_wide}};
-    static passes const& best = all[machine_at_hand()];
+    return all[machine_at_hand()];
 #else
-    static passes const best = {outputs_any, gradient_any};
+    static passes const only = {outputs_any, gradient_any};
+    return only;
 #endif
-    return best;
 }
 
 } // namespace

@@ -3,6 +3,8 @@
 // the same results.
 #pragma once
 
+#include <varnow/containers/product_kernel.h>
+
 #define INLINE inline __attribute__((always_inline))
 
 #if defined(__x86_64__)
@@ -19,11 +21,12 @@ namespace varnow::detail {
 
 enum machine { any_machine, narrow_machine, wide_machine };
 
+/// As the product kernel's machine is limited, so is this one.
 inline machine machine_at_hand()
 {
 #if defined(VARNOW_MACHINES)
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-        return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+    if (vector_cells() >= 4 && __builtin_cpu_supports("fma"))
+        return vector_cells() == 8 && __builtin_cpu_supports("avx512dq") &&
                        __builtin_cpu_supports("avx512vl")
                    ? wide_machine
                    : narrow_machine;
