@@ -27,6 +27,8 @@
 #include <varnow/models/discrimination.h>
 #include <varnow/models/linear.h>
 #include <varnow/models/logistic.h>
+#include <varnow/models/param_start.h>
+#include <varnow/network/neural_net.h>
 #include <varnow/numerics/fitting.h>
 #include <varnow/numerics/minimise.h>
 #include <varnow/numerics/regression.h>

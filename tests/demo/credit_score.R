@@ -50,6 +50,21 @@ same("AR of the validation sample", rating["validation", "AR"], accuracy(score, 
 same("KS of the validation sample", rating["validation", "KS"], distance(score, yv), 2 / sum(yv))
 same("Sizes", c(rating[, "Applications"], rating[, "Bad"]), c(length(y), length(yv), sum(y), sum(yv)), 0)
 
+# The network from its files.
+weights <- function(part) {
+  d <- scan(file.path(out, sprintf("network_%s.nn", part)), quiet = TRUE)
+  w <- matrix(0, d[1], d[2])
+  e <- matrix(d[-(1:3)], ncol = 3, byrow = TRUE)
+  w[e[, 1:2]] <- e[, 3]
+  w
+}
+network <- read("network.txt", row.names = 1)
+hidden <- tanh(sweep(validation[, 1:variables] %*% weights("w1"), 2, weights("b1"), "+"))
+p <- plogis(drop(hidden %*% weights("w2")) + drop(weights("b2")))
+same("AR of the network", network["network", "AR validation"], accuracy(round(1000 * (1 - p)), yv), 1e-3)
+if (network["network", "AR validation"] < network["logistic regression", "AR validation"] - 0.02)
+  stop("the network has not learned")
+
 # The response curve against the best of several least-squares searches of R's own.
 credit <- read.table(arguments[2], sep = ";", header = TRUE)
 x <- credit$Seniority

@@ -5,7 +5,7 @@ rm -rf out && mkdir -p out
 "$VARNOW_BUILD/examples/credit_score" out "$VARNOW_ROOT/examples/data/credit.txt"
 cp -r "$VARNOW_ROOT/share/js" out/
 
-for drawing in cap ks histogram rates response; do
+for drawing in cap ks histogram rates response network; do
     grep -q '</svg>' "out/$drawing.svg" || { echo "$drawing.svg was not drawn"; exit 1; }
 done
 Rscript --vanilla "$VARNOW_ROOT/tests/demo/credit_score.R" out "$VARNOW_ROOT/examples/data/credit.txt"
@@ -25,6 +25,6 @@ expected='<div id="Data" class="tabcontent" style="display: block;">
 <div id="Rating" class="tabcontent" style="display: none;">'
 [ "$shown" = "$expected" ] || { echo "tabs: $shown"; exit 1; }
 if grep CONSOLE browser.log | grep -v gnuplot | grep -v canvas; then exit 1; fi
-for image in cap ks histogram rates response; do
+for image in cap ks histogram rates response network; do
     grep -q "src=\"$image.svg\"" page.txt || { echo "the page shows no $image.svg"; exit 1; }
 done

@@ -1,6 +1,7 @@
 #include <varnow/numerics/univariate.h>
 
 #include <varnow/core/messages.h>
+#include <varnow/numerics/brent.h>
 #include <varnow/numerics/root_engine.h>
 
 #include <cmath>
@@ -56,11 +57,6 @@ double refine(function f, double a, double b, double tol, int level, double cons
     double const m = (a + b) * 0.5;
     double const left = refine(f, a, m, tol / 2, level + 1, L, Q1);
     return left + refine(f, m, b, tol / 2, level + 1, R, Q2);
-}
-
-double sign_of(double x)
-{
-    return x < 0 ? -1.0 : 1.0;
 }
 
 } // namespace
@@ -144,62 +140,11 @@ double fmin(double (*f)(double), double a, double b, double tol)
 
 double fminops(double (*f)(double), double a, double b, double tol, int maxit, int& flag)
 {
-    constexpr double c = 0.3819660112501, seps = 1.4901161193847656e-08;
     flag = 1;
     if (missing(f, "double fminops(double (*)(double),double,double,double,int,int)"))
         return no_result;
-    // The best place, the next best one and the one that this replaced.
-    double xf = a + c * (b - a), w = xf, v = xf;
-    double fx = f(xf), fw = fx, fv = fx;
-    double d = 0.0, e = 0.0;
-    long long n = 1;
-    do {
-        double const xm = (a + b) * 0.5;
-        double const tol1 = seps * std::fabs(xf) + tol / 3, tol2 = 2 * tol1;
-        if (std::fabs(xf - xm) <= tol2 - 0.5 * (b - a)) {
-            flag = 0;
-            return xf;
-        }
-        ++n;
-        bool parabola = std::fabs(e) > tol1;
-        if (parabola) {
-            double const r = (fx - fv) * (xf - w);
-            double q = (fx - fw) * (xf - v);
-            double p = (xf - v) * q - (xf - w) * r;
-            q = 2 * (q - r);
-            if (q > 0) p = -p;
-            q = std::fabs(q);
-            parabola =
-                !(std::fabs(0.5 * q * e) <= std::fabs(p) || p <= q * (a - xf) || p >= q * (b - xf));
-            if (parabola) {
-                e = d;
-                d = p / q;
-                if (xf + d - a < tol2 || b - (xf + d) < tol2) d = sign_of(xm - xf) * tol1;
-            }
-        }
-        if (!parabola) {
-            e = xm <= xf ? a - xf : b - xf;
-            d = c * e;
-        }
-        double const step = std::fabs(d);
-        double const x = xf + sign_of(d) * (step > tol1 ? step : tol1);
-        double const fu = f(x);
-        if (fu <= fx) {
-            (x >= xf ? a : b) = xf;
-            v = w, fv = fw;
-            w = xf, fw = fx;
-            xf = x, fx = fu;
-        } else {
-            (x < xf ? a : b) = x;
-            if (fu <= fw || w == xf) {
-                v = w, fv = fw;
-                w = x, fw = fu;
-            } else if (fu <= fv || v == xf || v == w) {
-                v = x, fv = fu;
-            }
-        }
-    } while (n <= maxit);
-    return xf;
+    double least;
+    return detail::brent_minimum(f, a, b, tol, maxit, flag, least);
 }
 
 double fzero(double (*f)(double), double x, double tol)

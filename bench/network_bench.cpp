@@ -1,0 +1,205 @@
+// A network of 5 inputs and 8 hidden units on 2,000 patterns: the gradient beside a plain loop over
+// dense arrays, whole steps, and learning to a given error beside R's package nnet from the same
+// weights (where R has it; it reports its own processor time). The targets vary by 0.66 around
+// their mean, 0.01 of which is noise.
+#include <varnow/varnow.h>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <vector>
+
+using namespace varnow;
+
+namespace {
+
+int const n = 2000, inputs = 5, hidden = 8, starts = 10;
+
+struct problem
+{
+    matrix x, t;
+};
+
+problem const& data_set()
+{
+    static problem const p = [] {
+        problem made{randn(n, inputs), matrix(n, 1)};
+        matrix const noise = 0.1 * randn(n, 1);
+        for (int i = 1; i <= n; ++i)
+            made.t(i) = std::sin(1.5 * made.x(i, 1)) * made.x(i, 2) / 2 +
+                        std::tanh(made.x(i, 3) - made.x(i, 4)) + 0.2 * made.x(i, 5) + noise(i);
+        return made;
+    }();
+    return p;
+}
+
+neural_net start(int act_hid)
+{
+    neural_net net(inputs, hidden, act_hid, 3);
+    net.init(1.0);
+    for (sparse* w : {&net.w1, &net.b1, &net.w2, &net.b2}) *w -= 0.5;
+    net.set_patterns(data_set().x, data_set().t, 0);
+    return net;
+}
+
+void gradient(benchmark::State& state, int act_hid)
+{
+    neural_net net = start(act_hid);
+    for (auto _ : state) net.backprop(0, 0, 1, 0);
+}
+
+// What one would write for this one net.
+void gradient_by_hand(benchmark::State& state)
+{
+    neural_net const net = start(2);
+    problem const& p = data_set();
+    double const *const w1 = net.w1.values, *const b1 = net.b1.values, *const w2 = net.w2.values,
+                        *const b2 = net.b2.values;
+    double g1[inputs][hidden], c1[hidden], g2[hidden], c2;
+    for (auto _ : state) {
+        for (int j = 0; j < hidden; ++j) {
+            c1[j] = g2[j] = 0.0;
+            for (int i = 0; i < inputs; ++i) g1[i][j] = 0.0;
+        }
+        c2 = 0.0;
+        for (int k = 0; k < n; ++k) {
+            double const* const x = p.x.cell[k];
+            double h[hidden], y = 0.0;
+            for (int j = 0; j < hidden; ++j) {
+                double z = 0.0;
+                for (int i = 0; i < inputs; ++i) z += x[i] * w1[i * hidden + j];
+                h[j] = std::tanh(z + b1[j]);
+                y += h[j] * w2[j];
+            }
+            double const delta = p.t.cell[k][0] - (y + b2[0]);
+            c2 += delta;
+            for (int j = 0; j < hidden; ++j) {
+                g2[j] += delta * h[j];
+                double const d = delta * w2[j] * (1.0 - h[j] * h[j]);
+                c1[j] += d;
+                for (int i = 0; i < inputs; ++i) g1[i][j] += x[i] * d;
+            }
+        }
+        benchmark::DoNotOptimize(g1);
+        benchmark::DoNotOptimize(c1);
+        benchmark::DoNotOptimize(g2);
+        benchmark::DoNotOptimize(c2);
+    }
+}
+
+// Keeps what the drivers print off the screen.
+struct silence
+{
+    silence() : screen(std::cout.rdbuf(nullptr)) {}
+    ~silence() { std::cout.rdbuf(screen); }
+    std::streambuf* screen;
+};
+
+void step(benchmark::State& state, int use_cg, int use_gn)
+{
+    silence quiet;
+    neural_net const begin = start(2);
+    for (auto _ : state) {
+        neural_net net = begin;
+        for (int turn = 0; turn < 10; ++turn) net.backprop(use_cg, use_gn, 1, 0);
+    }
+}
+
+// Writes the weights in the order of nnet: of each unit its bias, then its inputs.
+void write_weights(FILE* f, neural_net const& net)
+{
+    for (int j = 1; j <= hidden; ++j) {
+        std::fprintf(f, "%.17g\n", net.b1.get(1, j));
+        for (int i = 1; i <= inputs; ++i) std::fprintf(f, "%.17g\n", net.w1.get(i, j));
+    }
+    std::fprintf(f, "%.17g\n", net.b2.get(1, 1));
+    for (int j = 1; j <= hidden; ++j) std::fprintf(f, "%.17g\n", net.w2.get(j, 1));
+}
+
+std::vector<neural_net> const& beginnings()
+{
+    static std::vector<neural_net> const made = [] {
+        std::vector<neural_net> nets;
+        for (int k = 0; k < starts; ++k) nets.push_back(start(2));
+        return nets;
+    }();
+    return made;
+}
+
+void learn_to(benchmark::State& state, int use_gn, double wanted_error)
+{
+    silence quiet;
+    for (auto _ : state) {
+        double turns = 0.0;
+        for (neural_net net : beginnings()) {
+            for (int turn = 0; turn < 2000 && net.error(0) > wanted_error; ++turn, ++turns)
+                net.backprop(1, use_gn, 1, 0);
+        }
+        state.counters["turns"] = turns / starts;
+    }
+}
+
+void learn_to_by_nnet(benchmark::State& state, double wanted_error)
+{
+    problem const& p = data_set();
+    (p.x | p.t).writetxt("network_bench.txt", 0, 0, 0);
+    FILE* f = std::fopen("network_bench.wts", "w");
+    for (neural_net const& net : beginnings()) write_weights(f, net);
+    std::fclose(f);
+    char script[1000];
+    std::snprintf(
+        script, sizeof script,
+        "Rscript --vanilla -e 'library(nnet); d <- matrix(scan(\"network_bench.txt\", quiet = "
+        "TRUE), "
+        "ncol = %d, byrow = TRUE); w <- matrix(scan(\"network_bench.wts\", quiet = TRUE), "
+        "ncol = %d); x <- d[, 1:%d]; y <- d[, %d]; reached <- 0; "
+        "s <- system.time(for (k in 1:%d) { m <- nnet(x, y, size = %d, linout = TRUE, Wts = w[, "
+        "k], "
+        "maxit = 5000, abstol = %g, reltol = 0, trace = FALSE); "
+        "reached <- reached + (m$value <= %g) })[[\"user.self\"]]; cat(s, reached)' "
+        "> network_bench.out 2>/dev/null",
+        inputs + 1, starts, inputs, inputs + 1, starts, hidden, wanted_error * n, wanted_error * n);
+    for (auto _ : state) {
+        double seconds = 0.0, reached = 0.0;
+        FILE* out = std::system(script) == 0 ? std::fopen("network_bench.out", "r") : nullptr;
+        if (!out || std::fscanf(out, "%lf %lf", &seconds, &reached) != 2) {
+            if (out) std::fclose(out);
+            state.SkipWithError("R or its package nnet is not installed");
+            break;
+        }
+        std::fclose(out);
+        state.SetIterationTime(seconds);
+        state.counters["reached"] = reached;
+    }
+    for (char const* name : {"network_bench.txt", "network_bench.wts", "network_bench.out"})
+        std::remove(name);
+}
+
+BENCHMARK_CAPTURE(gradient, tanh, 2)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(gradient, logistic, 1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(gradient_by_hand)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(step, conjugate, 1, 0)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(step, both, 1, 1)->Unit(benchmark::kMillisecond);
+#define LEARN(name, error)                                                                         \
+    BENCHMARK_CAPTURE(learn_to, name##_conjugate, 0, error)                                        \
+        ->Unit(benchmark::kMillisecond)                                                            \
+        ->Iterations(1);                                                                           \
+    BENCHMARK_CAPTURE(learn_to, name##_both, 1, error)                                             \
+        ->Unit(benchmark::kMillisecond)                                                            \
+        ->Iterations(1);                                                                           \
+    BENCHMARK_CAPTURE(learn_to_by_nnet, name, error)                                               \
+        ->Unit(benchmark::kMillisecond)                                                            \
+        ->UseManualTime()                                                                          \
+        ->Iterations(1)
+LEARN(0_20, 0.20);
+LEARN(0_15, 0.15);
+LEARN(0_10, 0.10);
+LEARN(0_05, 0.05);
+#undef LEARN
+
+} // namespace
+
+BENCHMARK_MAIN();

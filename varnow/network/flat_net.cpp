@@ -1,0 +1,346 @@
+#include <varnow/network/flat_net.h>
+
+#include <varnow/network/activation_kernels.h>
+#include <varnow/network/machine.h>
+#include <varnow/sparse/threshold.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace varnow::detail {
+
+namespace {
+
+std::size_t at(int k)
+{
+    return static_cast<std::size_t>(k);
+}
+
+// The places in the list of a row or column of weights, by position; `unit` takes the positions.
+std::vector<int> entries_of(sparse const& s, int const* position, int count, std::vector<int>& unit)
+{
+    std::vector<int> entry(at(count), -1);
+    for (int k = 0; k < s.nnz; ++k) {
+        entry[at(position[k] - 1)] = k;
+        unit.push_back(position[k] - 1);
+    }
+    return entry;
+}
+
+INLINE double kept(double v)
+{
+    return is_kept(v) ? v : 0.0;
+}
+
+} // namespace
+
+flat_patterns::flat_patterns(neural_net const& net, int set)
+    : n(net.n_patterns[set]), width(net.n_in)
+{
+    x.resize(at((n + lanes - 1) / lanes) * at(width) * lanes);
+    target.resize(at(n));
+    sparse const &in = net.inputs[set], &out = net.outputs[set];
+    double* of_pattern = nullptr;
+    for (int k = 0, last = 0; k < in.nnz; ++k) {
+        int const p = in.rowidx[k] - 1;
+        if (p >= n) continue;
+        if (p + 1 != last) {
+            of_pattern = &x[at(p / lanes) * at(width) * lanes + at(p % lanes)];
+            last = p + 1;
+        }
+        of_pattern[at(in.colidx[k] - 1) * lanes] = in.values[k];
+    }
+    for (int k = 0; k < out.nnz; ++k)
+        if (out.rowidx[k] <= n) target[at(out.rowidx[k] - 1)] = out.values[k];
+}
+
+flat_net::flat_net(neural_net const& net)
+    : n_in(net.n_in),
+      n_hid(net.n_hid),
+      act_hid(net.act_hid),
+      act_out(net.act_out),
+      first(at(n_hid) + 1),
+      row(at(n_in) + 1),
+      b2_entry(net.b2.nnz > 0 ? 0 : -1)
+{
+    sparse const& w1 = net.w1;
+    int const count = std::max(w1.nnz, 0);
+    for (int k = 0; k < count; ++k) {
+        ++first[at(w1.colidx[k])];
+        ++row[at(w1.rowidx[k])];
+        unit.push_back(w1.colidx[k] - 1);
+    }
+    for (int j = 0; j < n_hid; ++j) first[at(j) + 1] += first[at(j)];
+    for (int i = 0; i < n_in; ++i) row[at(i) + 1] += row[at(i)];
+    input.resize(at(count));
+    entry.resize(at(count));
+    std::vector<int> next = first;
+    for (int k = 0; k < count; ++k) {
+        int const place = next[at(unit[at(k)])]++;
+        input[at(place)] = w1.rowidx[k] - 1;
+        entry[at(place)] = k;
+    }
+    b1_entry = entries_of(net.b1, net.b1.colidx, n_hid, b1_unit);
+    w2_entry = entries_of(net.w2, net.w2.rowidx, n_hid, w2_unit);
+}
+
+namespace {
+
+bool all_finite(double const* w, std::size_t count)
+{
+    return std::all_of(w, w + count, [](double x) { return std::isfinite(x); });
+}
+
+// One block of patterns on its way through the net.
+struct block
+{
+    block(flat_net const& f, flat_weights w)
+        : finite(all_finite(w.w1, f.entry.size()) && all_finite(w.w2, f.w2_unit.size())),
+          z(at(f.n_hid) * lanes),
+          h(z.size()),
+          d(z.size())
+    {
+    }
+
+    bool finite;           // all weights of connections
+    std::vector<double> z; // sums of the hidden units, 0 where nothing is stored
+    std::vector<double> h; // activations, 0 likewise
+    std::vector<double> d; // deltas, 0 likewise
+    double y[lanes];
+};
+
+// One term w x[0], ..., w x[lanes - 1] of sums.
+struct term
+{
+    double const* x;
+    double w;
+};
+
+using cells = double __attribute__((vector_size(64)));
+
+// The sums of terms, beside each other. An x that is not stored is 0, which matters only where a
+// weight is not finite: there it makes no term.
+template <class Terms> INLINE void add_terms(int count, bool finite, Terms const& terms, double* s)
+{
+    constexpr int width = sizeof(cells) / sizeof(double);
+    if (finite) {
+        for (int from = 0; from < lanes; from += 2 * width) {
+            cells a = {}, b = {};
+            for (int c = 0; c < count; ++c) {
+                term const t = terms(c);
+                cells xa, xb;
+                std::memcpy(&xa, t.x + from, sizeof xa);
+                std::memcpy(&xb, t.x + from + width, sizeof xb);
+                a += xa * t.w;
+                b += xb * t.w;
+            }
+            std::memcpy(s + from, &a, sizeof a);
+            std::memcpy(s + from + width, &b, sizeof b);
+        }
+    } else {
+        std::fill(s, s + lanes, 0.0);
+        for (int c = 0; c < count; ++c)
+            for (int l = 0; l < lanes; ++l)
+                if (terms(c).x[l] != 0.0) s[l] += terms(c).x[l] * terms(c).w;
+    }
+}
+
+// As a matrix of sums drops small values, so does the matrix with the biases added.
+INLINE void finish_sums(double* s, double const* bias)
+{
+#pragma omp simd
+    for (int l = 0; l < lanes; ++l) s[l] = kept(s[l]);
+    if (!bias) return;
+    double const b = *bias;
+#pragma omp simd
+    for (int l = 0; l < lanes; ++l) s[l] = kept(s[l] + b);
+}
+
+INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double const* x, double* z)
+{
+    int const *const input = f.input.data(), *const entry = f.entry.data();
+    for (int j = 0; j < f.n_hid; ++j, z += lanes) {
+        int const from = f.first[at(j)], bias = f.b1_entry[at(j)];
+        auto const terms = [&](int c) -> term {
+            return {x + at(input[from + c]) * lanes, w.w1[entry[from + c]]};
+        };
+        add_terms(f.first[at(j) + 1] - from, finite, terms, z);
+        finish_sums(z, bias < 0 ? nullptr : w.b1 + bias);
+    }
+}
+
+INLINE void output_sums(flat_net const& f, flat_weights w, bool finite, double const* h, double* z)
+{
+    int const* const unit = f.w2_unit.data();
+    auto const terms = [&](int c) -> term { return {h + at(unit[c]) * lanes, w.w2[c]}; };
+    add_terms(static_cast<int>(f.w2_unit.size()), finite, terms, z);
+    finish_sums(z, f.b2_entry < 0 ? nullptr : w.b2);
+}
+
+INLINE void forward(flat_net const& f, flat_weights w, double const* x, block& b)
+{
+    hidden_sums(f, w, b.finite, x, b.z.data());
+    activate_stored(b.z.data(), static_cast<int>(b.z.size()), f.act_hid, b.h.data());
+    double z[lanes];
+    output_sums(f, w, b.finite, b.h.data(), z);
+    activate_stored(z, lanes, f.act_out, b.y);
+}
+
+INLINE double slope(double y, int code)
+{
+    return code == 1 ? y * (1.0 - y) : code == 2 ? 1.0 - y * y : 1.0;
+}
+
+// The deltas of the hidden units; a product that is not stored leaves 0.
+INLINE void hidden_deltas(flat_net const& f, flat_weights w, double const* delta, double const* z,
+                          double const* h, double* d)
+{
+    for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
+        std::size_t const from = at(f.w2_unit[k]) * lanes;
+        double const v = w.w2[k];
+        int const code = f.act_hid;
+#pragma omp simd
+        for (int l = 0; l < lanes; ++l) {
+            double const product = delta[l] * v * slope(h[from + at(l)], code);
+            d[from + at(l)] = z[from + at(l)] == 0.0 ? 0.0 : kept(product);
+        }
+    }
+}
+
+INLINE void find_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
+{
+    block b(f, w);
+    for (int from = 0; from < p.n; from += lanes) {
+        forward(f, w, p.x.data() + at(from) * at(p.width), b);
+        std::copy_n(b.y, std::min(lanes, p.n - from), y + from);
+    }
+}
+
+INLINE void by_pattern(std::vector<double> const& by_unit, std::vector<double>& to)
+{
+    std::size_t const units = by_unit.size() / lanes;
+    for (std::size_t j = 0; j < units; ++j)
+        for (std::size_t l = 0; l < lanes; ++l) to[l * units + j] = by_unit[j * lanes + l];
+}
+
+// g[k] += f(v of the unit of entry k); units that follow each other are read as they stand.
+template <class F>
+INLINE void add_by_unit(int const* unit, int count, double const* v, double* g, F const& f)
+{
+    if (count == 0) return;
+    if (unit[count - 1] - unit[0] == count - 1) {
+        double const* const from = v + unit[0];
+#pragma omp simd
+        for (int k = 0; k < count; ++k) g[k] += f(from[k]);
+    } else {
+        for (int k = 0; k < count; ++k) g[k] += f(v[unit[k]]);
+    }
+}
+
+INLINE void add_output_gradient(flat_net const& f, double const* h, double rd, double* g)
+{
+    add_by_unit(f.w2_unit.data(), static_cast<int>(f.w2_unit.size()), h, g,
+                [=](double v) { return rd * v; });
+}
+
+INLINE void add_hidden_gradient(flat_net const& f, double const* x, double const* d, double r,
+                                flat_gradient g)
+{
+    for (int i = 0; i < f.n_in; ++i) {
+        double const xi = x[at(i) * lanes];
+        int const from = f.row[at(i)];
+        if (xi == 0.0) continue;
+        add_by_unit(f.unit.data() + from, f.row[at(i) + 1] - from, d, g.w1 + from,
+                    [=](double v) { return r * kept(xi * v); });
+    }
+    add_by_unit(f.b1_unit.data(), static_cast<int>(f.b1_unit.size()), d, g.b1,
+                [=](double v) { return r * v; });
+}
+
+INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
+                           double const* rep, bool train_hidden, flat_gradient g)
+{
+    block b(f, w);
+    std::vector<double> h(b.h.size()), d(b.d.size());
+    double total = 0.0, delta[lanes];
+    for (int from = 0; from < p.n; from += lanes) {
+        double const* const x = p.x.data() + at(from) * at(p.width);
+        int const count = std::min(lanes, p.n - from);
+        forward(f, w, x, b);
+        for (int l = 0; l < lanes; ++l) {
+            double const e = l < count ? p.target[at(from + l)] - b.y[l] : 0.0;
+            if (l < count && rep[from + l] > 0.0) total += e * e * rep[from + l];
+            delta[l] = e * slope(b.y[l], f.act_out);
+        }
+        by_pattern(b.h, h);
+        if (train_hidden) {
+            hidden_deltas(f, w, delta, b.z.data(), b.h.data(), b.d.data());
+            by_pattern(b.d, d);
+        }
+        for (int l = 0; l < count; ++l) {
+            double const r = rep[from + l], rd = r * delta[l];
+            if (!(r > 0.0)) continue;
+            if (std::isfinite(rd)) {
+                add_output_gradient(f, h.data() + l * f.n_hid, rd, g.w2);
+            } else {
+                for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
+                    std::size_t const u = at(f.w2_unit[k]) * lanes + at(l);
+                    if (b.z[u] != 0.0) g.w2[k] += rd * b.h[u];
+                }
+            }
+            if (f.b2_entry >= 0) *g.b2 += rd;
+            if (train_hidden) add_hidden_gradient(f, x + l, d.data() + l * f.n_hid, r, g);
+        }
+    }
+    return total;
+}
+
+// clang-format off
+#define PASSES(name, attribute)                                                                        \
+    attribute void outputs_##name(flat_net const& f, flat_weights w, flat_patterns const& p, double* y) \
+    { find_outputs(f, w, p, y); }                                                                      \
+    attribute double gradient_##name(flat_net const& f, flat_weights w, flat_patterns const& p,        \
+                                     double const* rep, bool train_hidden, flat_gradient g)            \
+    { return add_gradient(f, w, p, rep, train_hidden, g); }
+PASSES(any, )
+#if defined(VARNOW_MACHINES)
+PASSES(narrow, NARROW)
+PASSES(wide, WIDE)
+#endif
+#undef PASSES
+// clang-format on
+
+struct passes
+{
+    decltype(&outputs_any) outputs;
+    decltype(&gradient_any) gradient;
+};
+
+passes const& best_passes()
+{
+#if defined(VARNOW_MACHINES)
+    static passes const all[] = {{outputs_any, gradient_any},
+                                 {outputs_narrow, gradient_narrow},
+                                 {outputs_wide, gradient_wide}};
+    return all[machine_at_hand()];
+#else
+    static passes const only = {outputs_any, gradient_any};
+    return only;
+#endif
+}
+
+} // namespace
+
+void flat_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
+{
+    best_passes().outputs(f, w, p, y);
+}
+
+double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
+                         double const* rep, bool train_hidden, flat_gradient g)
+{
+    return best_passes().gradient(f, w, p, rep, train_hidden, g);
+}
+
+} // namespace varnow::detail
