@@ -46,7 +46,7 @@ int main(int argc, char** argv)
     neural_net net(X.cols, 4, 2, 1); // 4 hidden units, tanh; a logistic output
     net.init(0.1);
     net.set_patterns(X1, bad1, 0);
-    net.learn(20, 60, 5, 1e-4, 1, 0, 1, 1); // conjugate steps with the penalty on weights
+    net.learn(50, 300, 20, 1e-5, 1, 0, 1, 0); // conjugate steps, no penalty
     Text const files = Text(argv[1]) + "/credit";
     net.save(files);
     neural_net loaded;
