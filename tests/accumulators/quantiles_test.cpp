@@ -126,12 +126,12 @@ TEST(Quantiles, FreezesWhenTheWindowCannotShrink)
     EXPECT_NEAR(q.result(), (n - 1) * 0.04, 200);  // of cells about 25 wide
     for (double shift : {0., 0., 3000., -3000.}) { // the rows may be written to
         for (int i = 0; i < q.used; ++i) q.tab.cell[i][0] += shift;
-        for (int row : {2, 3, 777, 50000, 99999, 100000}) {
+        for (int row = 2; row <= q.used; row += 2) {
             double const before = q.tab(row, 2), value = q.tab(row, 1),
                          gap = value - q.tab(row - 1, 1);
             q.increase(value);
             q.increase(value - gap / 2);
-            EXPECT_EQ(q.tab(row, 2), before + 2);
+            ASSERT_EQ(q.tab(row, 2), before + 2);
         }
     }
     double const first = q.tab(1, 2), last = q.T_max();
