@@ -461,7 +461,7 @@ void quantiles2::usable_range(double& a, double& b) const
 double quantiles2::qfzero(double a, double b, double tol) const
 {
     constexpr double finest = std::numeric_limits<double>::epsilon();
-    auto limited = [](double x) { return std::max(-1e300, std::min(x, 1e300)); };
+    auto limited = [](double x) { return std::max(std::min(x, 1e300), -1e300); };
     prepare();
     auto const f = [this](double x) { return prepared_cdf(x) - p; };
     a = limited(a);

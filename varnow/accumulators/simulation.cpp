@@ -68,7 +68,10 @@ void simulation::add(double x)
     if (x > max_x) max_x = x;
     if (x > 0) slog += std::log(x);
     if (x != 0) sinv += 1 / x;
-    if (n <= stored && n <= first.rows) first.cell[n - 1][0] = x;
+    if (n <= stored) {
+        if (n > first.rows) first.resizec(stored, 1); // a file may hold the taken rows only
+        first.cell[n - 1][0] = x;
+    }
     int const cells = counts.rows;
     if (cells < 1) return;
     // Limited before it becomes an integer, which need not hold it; NaN fails the first test.
@@ -149,12 +152,13 @@ template <class S, class F> bool each_real(S& s, F f)
            f(s.min_x) && f(s.max_x) && f(s.slog) && f(s.sinv);
 }
 
-// Merges leave either the usual number of rows or more, all of them taken.
+// Beyond the usual number of rows, which merges leave, all are taken; below it, those that are.
 bool sizes_agree(simulation const& s)
 {
+    int const rows = s.first.rows;
     return s.n >= 0 && s.bins >= 0 && s.first.cols == 1 && s.counts.cols == 1 &&
            s.counts.rows == s.bins &&
-           (s.first.rows == stored || (s.first.rows > stored && s.first.rows <= s.n));
+           (rows <= stored ? rows >= std::min(s.n, stored) : rows <= s.n);
 }
 
 // The last number may be cut short and still be one: a blank ends it.

@@ -73,6 +73,7 @@ public:
     void save(Text const& name) const;
     /// Passes over a file that cannot be opened in silence. One that is damaged, truncated, or
     /// holds sizes that do not belong together is warned of; the object stays as it was.
+    /// Of `first` the file may hold the taken rows only; `add` brings the others back.
     void load(Text const& name);
 
     /// Merges: sums and counts are added, the stored values of `other` follow those of this object,
