@@ -13,6 +13,34 @@ algebra_det <- function(a) {
     .Call(`_varnow_algebra_det`, a)
 }
 
+discrimination_ar <- function(x, y, range, ideal, ties, rounded) {
+    .Call(`_varnow_discrimination_ar`, x, y, range, ideal, ties, rounded)
+}
+
+discrimination_ks <- function(x, y) {
+    .Call(`_varnow_discrimination_ks`, x, y)
+}
+
+discrimination_cap <- function(x, y, mode) {
+    .Call(`_varnow_discrimination_cap`, x, y, mode)
+}
+
+discrimination_sorted <- function(x, y) {
+    .Call(`_varnow_discrimination_sorted`, x, y)
+}
+
+discrimination_iv <- function(x, y, k, weighted) {
+    .Call(`_varnow_discrimination_iv`, x, y, k, weighted)
+}
+
+discrimination_area <- function(curve, n) {
+    .Call(`_varnow_discrimination_area`, curve, n)
+}
+
+discrimination_level <- function(x, y) {
+    .Call(`_varnow_discrimination_level`, x, y)
+}
+
 files_look <- function(file, sep, quotes, header) {
     .Call(`_varnow_files_look`, file, sep, quotes, header)
 }

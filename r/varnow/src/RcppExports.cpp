@@ -46,6 +46,97 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// discrimination_ar
+double discrimination_ar(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, double range, bool ideal, bool ties, bool rounded);
+RcppExport SEXP _varnow_discrimination_ar(SEXP xSEXP, SEXP ySEXP, SEXP rangeSEXP, SEXP idealSEXP, SEXP tiesSEXP, SEXP roundedSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< double >::type range(rangeSEXP);
+    Rcpp::traits::input_parameter< bool >::type ideal(idealSEXP);
+    Rcpp::traits::input_parameter< bool >::type ties(tiesSEXP);
+    Rcpp::traits::input_parameter< bool >::type rounded(roundedSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_ar(x, y, range, ideal, ties, rounded));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_ks
+Rcpp::NumericVector discrimination_ks(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_ks(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_ks(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_cap
+Rcpp::NumericMatrix discrimination_cap(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int mode);
+RcppExport SEXP _varnow_discrimination_cap(SEXP xSEXP, SEXP ySEXP, SEXP modeSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< int >::type mode(modeSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_cap(x, y, mode));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_sorted
+Rcpp::List discrimination_sorted(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_sorted(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_sorted(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_iv
+double discrimination_iv(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int k, bool weighted);
+RcppExport SEXP _varnow_discrimination_iv(SEXP xSEXP, SEXP ySEXP, SEXP kSEXP, SEXP weightedSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< int >::type k(kSEXP);
+    Rcpp::traits::input_parameter< bool >::type weighted(weightedSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_iv(x, y, k, weighted));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_area
+double discrimination_area(Rcpp::NumericMatrix const& curve, int n);
+RcppExport SEXP _varnow_discrimination_area(SEXP curveSEXP, SEXP nSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type curve(curveSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_area(curve, n));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_level
+Rcpp::NumericMatrix discrimination_level(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_level(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_level(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
 // files_look
 Rcpp::List files_look(std::string const& file, std::string const& sep, bool quotes, bool header);
 RcppExport SEXP _varnow_files_look(SEXP fileSEXP, SEXP sepSEXP, SEXP quotesSEXP, SEXP headerSEXP) {
@@ -335,6 +426,13 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
     {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
     {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
+    {"_varnow_discrimination_ar", (DL_FUNC) &_varnow_discrimination_ar, 6},
+    {"_varnow_discrimination_ks", (DL_FUNC) &_varnow_discrimination_ks, 2},
+    {"_varnow_discrimination_cap", (DL_FUNC) &_varnow_discrimination_cap, 3},
+    {"_varnow_discrimination_sorted", (DL_FUNC) &_varnow_discrimination_sorted, 2},
+    {"_varnow_discrimination_iv", (DL_FUNC) &_varnow_discrimination_iv, 4},
+    {"_varnow_discrimination_area", (DL_FUNC) &_varnow_discrimination_area, 2},
+    {"_varnow_discrimination_level", (DL_FUNC) &_varnow_discrimination_level, 2},
     {"_varnow_files_look", (DL_FUNC) &_varnow_files_look, 4},
     {"_varnow_files_read_frame", (DL_FUNC) &_varnow_files_read_frame, 9},
     {"_varnow_files_read_matrix", (DL_FUNC) &_varnow_files_read_matrix, 6},
