@@ -13,6 +13,18 @@ algebra_det <- function(a) {
     .Call(`_varnow_algebra_det`, a)
 }
 
+curves_values <- function(name, x, par) {
+    .Call(`_varnow_curves_values`, name, x, par)
+}
+
+curves_fit <- function(name, x, y, start, tol, speed, type) {
+    .Call(`_varnow_curves_fit`, name, x, y, start, tol, speed, type)
+}
+
+curves_direction <- function(x, y, flag) {
+    .Call(`_varnow_curves_direction`, x, y, flag)
+}
+
 discrimination_ar <- function(x, y, range, ideal, ties, rounded) {
     .Call(`_varnow_discrimination_ar`, x, y, range, ideal, ties, rounded)
 }

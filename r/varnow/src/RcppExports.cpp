@@ -46,6 +46,49 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// curves_values
+Rcpp::NumericVector curves_values(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& par);
+RcppExport SEXP _varnow_curves_values(SEXP nameSEXP, SEXP xSEXP, SEXP parSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type par(parSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_values(name, x, par));
+    return rcpp_result_gen;
+END_RCPP
+}
+// curves_fit
+Rcpp::List curves_fit(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& y, Rcpp::NumericVector const& start, double tol, int speed, int type);
+RcppExport SEXP _varnow_curves_fit(SEXP nameSEXP, SEXP xSEXP, SEXP ySEXP, SEXP startSEXP, SEXP tolSEXP, SEXP speedSEXP, SEXP typeSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type start(startSEXP);
+    Rcpp::traits::input_parameter< double >::type tol(tolSEXP);
+    Rcpp::traits::input_parameter< int >::type speed(speedSEXP);
+    Rcpp::traits::input_parameter< int >::type type(typeSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_fit(name, x, y, start, tol, speed, type));
+    return rcpp_result_gen;
+END_RCPP
+}
+// curves_direction
+int curves_direction(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool flag);
+RcppExport SEXP _varnow_curves_direction(SEXP xSEXP, SEXP ySEXP, SEXP flagSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< bool >::type flag(flagSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_direction(x, y, flag));
+    return rcpp_result_gen;
+END_RCPP
+}
 // discrimination_ar
 double discrimination_ar(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, double range, bool ideal, bool ties, bool rounded);
 RcppExport SEXP _varnow_discrimination_ar(SEXP xSEXP, SEXP ySEXP, SEXP rangeSEXP, SEXP idealSEXP, SEXP tiesSEXP, SEXP roundedSEXP) {
@@ -426,6 +469,9 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
     {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
     {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
+    {"_varnow_curves_values", (DL_FUNC) &_varnow_curves_values, 3},
+    {"_varnow_curves_fit", (DL_FUNC) &_varnow_curves_fit, 7},
+    {"_varnow_curves_direction", (DL_FUNC) &_varnow_curves_direction, 3},
     {"_varnow_discrimination_ar", (DL_FUNC) &_varnow_discrimination_ar, 6},
     {"_varnow_discrimination_ks", (DL_FUNC) &_varnow_discrimination_ks, 2},
     {"_varnow_discrimination_cap", (DL_FUNC) &_varnow_discrimination_cap, 3},
