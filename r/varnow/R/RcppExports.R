@@ -129,6 +129,22 @@ ordering_sets <- function(x, y, which) {
     .Call(`_varnow_ordering_sets`, x, y, which)
 }
 
+score_scale <- function(x) {
+    .Call(`_varnow_score_scale`, x)
+}
+
+score_fit <- function(x, y, centre, spread, method, ridge, threads, eps) {
+    .Call(`_varnow_score_fit`, x, y, centre, spread, method, ridge, threads, eps)
+}
+
+score_probabilities <- function(z) {
+    .Call(`_varnow_score_probabilities`, z)
+}
+
+score_points <- function(p) {
+    .Call(`_varnow_score_points`, p)
+}
+
 statistics_of_columns <- function(x, which, drop) {
     .Call(`_varnow_statistics_of_columns`, x, which, drop)
 }

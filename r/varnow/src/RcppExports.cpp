@@ -438,6 +438,57 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// score_scale
+Rcpp::List score_scale(Rcpp::NumericMatrix const& x);
+RcppExport SEXP _varnow_score_scale(SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_scale(x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_fit
+Rcpp::List score_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, Rcpp::NumericVector const& centre, Rcpp::NumericVector const& spread, std::string const& method, double ridge, int threads, double eps);
+RcppExport SEXP _varnow_score_fit(SEXP xSEXP, SEXP ySEXP, SEXP centreSEXP, SEXP spreadSEXP, SEXP methodSEXP, SEXP ridgeSEXP, SEXP threadsSEXP, SEXP epsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type centre(centreSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type spread(spreadSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type method(methodSEXP);
+    Rcpp::traits::input_parameter< double >::type ridge(ridgeSEXP);
+    Rcpp::traits::input_parameter< int >::type threads(threadsSEXP);
+    Rcpp::traits::input_parameter< double >::type eps(epsSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_fit(x, y, centre, spread, method, ridge, threads, eps));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_probabilities
+Rcpp::NumericVector score_probabilities(Rcpp::NumericVector const& z);
+RcppExport SEXP _varnow_score_probabilities(SEXP zSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type z(zSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_probabilities(z));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_points
+Rcpp::NumericMatrix score_points(Rcpp::NumericMatrix const& p);
+RcppExport SEXP _varnow_score_points(SEXP pSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type p(pSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_points(p));
+    return rcpp_result_gen;
+END_RCPP
+}
 // statistics_of_columns
 Rcpp::NumericMatrix statistics_of_columns(Rcpp::NumericMatrix const& x, Rcpp::CharacterVector const& which, bool drop);
 RcppExport SEXP _varnow_statistics_of_columns(SEXP xSEXP, SEXP whichSEXP, SEXP dropSEXP) {
@@ -498,6 +549,10 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
     {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
     {"_varnow_ordering_sets", (DL_FUNC) &_varnow_ordering_sets, 3},
+    {"_varnow_score_scale", (DL_FUNC) &_varnow_score_scale, 1},
+    {"_varnow_score_fit", (DL_FUNC) &_varnow_score_fit, 8},
+    {"_varnow_score_probabilities", (DL_FUNC) &_varnow_score_probabilities, 1},
+    {"_varnow_score_points", (DL_FUNC) &_varnow_score_points, 1},
     {"_varnow_statistics_of_columns", (DL_FUNC) &_varnow_statistics_of_columns, 3},
     {"_varnow_statistics_quantiles", (DL_FUNC) &_varnow_statistics_quantiles, 3},
     {NULL, NULL, 0}
