@@ -20,7 +20,8 @@ ridge_of <- function(method) if (method == "logistic_par1") 0 else 0.1
 #'   * `"logistic_par1"`: Newton's iteration, one thread;
 #'   * `"f_C"`, `"f_CU"`, `"f_M"`, `"f_BL"`, `"f_B"`: the curve of one variable by maximum likelihood,
 #'     as by [fit_curve()].
-#' @param eps the conjugate searches end when no parameter moves by more, of columns as in the details
+#' @param eps the conjugate searches end when no parameter moves by more, which are those of uncorrelated
+#'   columns of deviation 1; the steps behind them make it a matter of time and not of digits
 #' @param threads number of threads of the conjugate searches
 #' @param na.action what becomes of rows with missing values, as for [stats::glm()]
 #' @param contrasts for factors, as for [stats::glm()]
