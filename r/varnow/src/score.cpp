@@ -63,23 +63,28 @@ struct surroundings
 
     surroundings(varnow::matrix const& X, varnow::matrix const& y, varnow::matrix const& par,
                  double ridge)
-        : slope(varnow::zeros(par.rows, 1))
+        : slope(par.rows, 1)
     {
         varnow::matrix const p = varnow::logistic_val(X, par);
         varnow::matrix weighted(X.rows, par.rows);
+        std::vector<double> of_slope(par.rows);
+        double* const sums = of_slope.data();
         for (int i = 0; i < X.rows; ++i) {
             double const at = p.cell[i][0], rest = y.cell[i][0] - at;
             double const weight = std::sqrt(at * (1.0 - at));
-            for (int j = 0; j < par.rows; ++j) {
-                double const x = j < X.cols ? X.cell[i][j] : 1.0;
-                slope.cell[j][0] += rest * x;
-                weighted.cell[i][j] = weight * x;
+            double const* const x = X.cell[i];
+            double* const w = weighted.cell[i];
+            for (int j = 0; j < X.cols; ++j) {
+                sums[j] += rest * x[j];
+                w[j] = weight * x[j];
             }
+            sums[X.cols] += rest;
+            w[X.cols] = weight;
         }
         information = varnow::crossprod(weighted);
         varnow::matrix curvature = information;
         for (int j = 0; j < par.rows; ++j) {
-            slope.cell[j][0] -= ridge * par.cell[j][0];
+            slope.cell[j][0] = sums[j] - ridge * par.cell[j][0];
             curvature.cell[j][j] += ridge;
         }
         step = varnow::lineqns(curvature, slope, varnow::LU);
