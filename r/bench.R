@@ -40,3 +40,12 @@ beside("order_values 1e6", function() order_values(d$y), function() order(d$y), 
 X <- matrix(rnorm(200000 * 20), 200000)
 y <- rnorm(200000)
 beside("linreg 200000 x 20", function() linreg(X, y), function() lm.fit(cbind(1, X), y), "lm.fit")
+
+flagged <- data.frame(X, y = rbinom(200000, 1, plogis(X %*% rnorm(20) / 4 - 1)))
+beside("score_model 200000 x 20", function() score_model(y ~ ., flagged),
+       function() glm(y ~ ., binomial, flagged), "glm")
+score <- rnorm(1e6)
+bad <- rbinom(1e6, 1, plogis(-score))
+if (requireNamespace("pROC", quietly = TRUE))
+  beside("AR of 1e6 scores", function() AR(score, bad),
+         function() pROC::auc(bad, score, levels = 0:1, direction = ">"), "pROC::auc")

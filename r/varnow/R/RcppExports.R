@@ -13,6 +13,46 @@ algebra_det <- function(a) {
     .Call(`_varnow_algebra_det`, a)
 }
 
+curves_values <- function(name, x, par) {
+    .Call(`_varnow_curves_values`, name, x, par)
+}
+
+curves_fit <- function(name, x, y, start, tol, speed, type) {
+    .Call(`_varnow_curves_fit`, name, x, y, start, tol, speed, type)
+}
+
+curves_direction <- function(x, y, flag) {
+    .Call(`_varnow_curves_direction`, x, y, flag)
+}
+
+discrimination_ar <- function(x, y, range, ideal, ties, rounded) {
+    .Call(`_varnow_discrimination_ar`, x, y, range, ideal, ties, rounded)
+}
+
+discrimination_ks <- function(x, y) {
+    .Call(`_varnow_discrimination_ks`, x, y)
+}
+
+discrimination_cap <- function(x, y, mode) {
+    .Call(`_varnow_discrimination_cap`, x, y, mode)
+}
+
+discrimination_sorted <- function(x, y) {
+    .Call(`_varnow_discrimination_sorted`, x, y)
+}
+
+discrimination_iv <- function(x, y, k, weighted) {
+    .Call(`_varnow_discrimination_iv`, x, y, k, weighted)
+}
+
+discrimination_area <- function(curve, n) {
+    .Call(`_varnow_discrimination_area`, curve, n)
+}
+
+discrimination_level <- function(x, y) {
+    .Call(`_varnow_discrimination_level`, x, y)
+}
+
 files_look <- function(file, sep, quotes, header) {
     .Call(`_varnow_files_look`, file, sep, quotes, header)
 }
@@ -87,6 +127,22 @@ ordering_match <- function(x, y, from_last, no_match) {
 
 ordering_sets <- function(x, y, which) {
     .Call(`_varnow_ordering_sets`, x, y, which)
+}
+
+score_scale <- function(x) {
+    .Call(`_varnow_score_scale`, x)
+}
+
+score_fit <- function(x, y, centre, spread, method, ridge, threads, eps) {
+    .Call(`_varnow_score_fit`, x, y, centre, spread, method, ridge, threads, eps)
+}
+
+score_probabilities <- function(z) {
+    .Call(`_varnow_score_probabilities`, z)
+}
+
+score_points <- function(p) {
+    .Call(`_varnow_score_points`, p)
 }
 
 statistics_of_columns <- function(x, which, drop) {

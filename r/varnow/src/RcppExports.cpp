@@ -46,6 +46,140 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// curves_values
+Rcpp::NumericVector curves_values(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& par);
+RcppExport SEXP _varnow_curves_values(SEXP nameSEXP, SEXP xSEXP, SEXP parSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type par(parSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_values(name, x, par));
+    return rcpp_result_gen;
+END_RCPP
+}
+// curves_fit
+Rcpp::List curves_fit(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& y, Rcpp::NumericVector const& start, double tol, int speed, int type);
+RcppExport SEXP _varnow_curves_fit(SEXP nameSEXP, SEXP xSEXP, SEXP ySEXP, SEXP startSEXP, SEXP tolSEXP, SEXP speedSEXP, SEXP typeSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type start(startSEXP);
+    Rcpp::traits::input_parameter< double >::type tol(tolSEXP);
+    Rcpp::traits::input_parameter< int >::type speed(speedSEXP);
+    Rcpp::traits::input_parameter< int >::type type(typeSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_fit(name, x, y, start, tol, speed, type));
+    return rcpp_result_gen;
+END_RCPP
+}
+// curves_direction
+int curves_direction(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool flag);
+RcppExport SEXP _varnow_curves_direction(SEXP xSEXP, SEXP ySEXP, SEXP flagSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< bool >::type flag(flagSEXP);
+    rcpp_result_gen = Rcpp::wrap(curves_direction(x, y, flag));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_ar
+double discrimination_ar(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, double range, bool ideal, bool ties, bool rounded);
+RcppExport SEXP _varnow_discrimination_ar(SEXP xSEXP, SEXP ySEXP, SEXP rangeSEXP, SEXP idealSEXP, SEXP tiesSEXP, SEXP roundedSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< double >::type range(rangeSEXP);
+    Rcpp::traits::input_parameter< bool >::type ideal(idealSEXP);
+    Rcpp::traits::input_parameter< bool >::type ties(tiesSEXP);
+    Rcpp::traits::input_parameter< bool >::type rounded(roundedSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_ar(x, y, range, ideal, ties, rounded));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_ks
+Rcpp::NumericVector discrimination_ks(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_ks(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_ks(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_cap
+Rcpp::NumericMatrix discrimination_cap(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int mode);
+RcppExport SEXP _varnow_discrimination_cap(SEXP xSEXP, SEXP ySEXP, SEXP modeSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< int >::type mode(modeSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_cap(x, y, mode));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_sorted
+Rcpp::List discrimination_sorted(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_sorted(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_sorted(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_iv
+double discrimination_iv(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int k, bool weighted);
+RcppExport SEXP _varnow_discrimination_iv(SEXP xSEXP, SEXP ySEXP, SEXP kSEXP, SEXP weightedSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< int >::type k(kSEXP);
+    Rcpp::traits::input_parameter< bool >::type weighted(weightedSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_iv(x, y, k, weighted));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_area
+double discrimination_area(Rcpp::NumericMatrix const& curve, int n);
+RcppExport SEXP _varnow_discrimination_area(SEXP curveSEXP, SEXP nSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type curve(curveSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_area(curve, n));
+    return rcpp_result_gen;
+END_RCPP
+}
+// discrimination_level
+Rcpp::NumericMatrix discrimination_level(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_level(SEXP xSEXP, SEXP ySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    rcpp_result_gen = Rcpp::wrap(discrimination_level(x, y));
+    return rcpp_result_gen;
+END_RCPP
+}
 // files_look
 Rcpp::List files_look(std::string const& file, std::string const& sep, bool quotes, bool header);
 RcppExport SEXP _varnow_files_look(SEXP fileSEXP, SEXP sepSEXP, SEXP quotesSEXP, SEXP headerSEXP) {
@@ -304,6 +438,57 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// score_scale
+Rcpp::List score_scale(Rcpp::NumericMatrix const& x);
+RcppExport SEXP _varnow_score_scale(SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_scale(x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_fit
+Rcpp::List score_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, Rcpp::NumericVector const& centre, Rcpp::NumericVector const& spread, std::string const& method, double ridge, int threads, double eps);
+RcppExport SEXP _varnow_score_fit(SEXP xSEXP, SEXP ySEXP, SEXP centreSEXP, SEXP spreadSEXP, SEXP methodSEXP, SEXP ridgeSEXP, SEXP threadsSEXP, SEXP epsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type centre(centreSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type spread(spreadSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type method(methodSEXP);
+    Rcpp::traits::input_parameter< double >::type ridge(ridgeSEXP);
+    Rcpp::traits::input_parameter< int >::type threads(threadsSEXP);
+    Rcpp::traits::input_parameter< double >::type eps(epsSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_fit(x, y, centre, spread, method, ridge, threads, eps));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_probabilities
+Rcpp::NumericVector score_probabilities(Rcpp::NumericVector const& z);
+RcppExport SEXP _varnow_score_probabilities(SEXP zSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type z(zSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_probabilities(z));
+    return rcpp_result_gen;
+END_RCPP
+}
+// score_points
+Rcpp::NumericMatrix score_points(Rcpp::NumericMatrix const& p);
+RcppExport SEXP _varnow_score_points(SEXP pSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type p(pSEXP);
+    rcpp_result_gen = Rcpp::wrap(score_points(p));
+    return rcpp_result_gen;
+END_RCPP
+}
 // statistics_of_columns
 Rcpp::NumericMatrix statistics_of_columns(Rcpp::NumericMatrix const& x, Rcpp::CharacterVector const& which, bool drop);
 RcppExport SEXP _varnow_statistics_of_columns(SEXP xSEXP, SEXP whichSEXP, SEXP dropSEXP) {
@@ -335,6 +520,16 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
     {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
     {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
+    {"_varnow_curves_values", (DL_FUNC) &_varnow_curves_values, 3},
+    {"_varnow_curves_fit", (DL_FUNC) &_varnow_curves_fit, 7},
+    {"_varnow_curves_direction", (DL_FUNC) &_varnow_curves_direction, 3},
+    {"_varnow_discrimination_ar", (DL_FUNC) &_varnow_discrimination_ar, 6},
+    {"_varnow_discrimination_ks", (DL_FUNC) &_varnow_discrimination_ks, 2},
+    {"_varnow_discrimination_cap", (DL_FUNC) &_varnow_discrimination_cap, 3},
+    {"_varnow_discrimination_sorted", (DL_FUNC) &_varnow_discrimination_sorted, 2},
+    {"_varnow_discrimination_iv", (DL_FUNC) &_varnow_discrimination_iv, 4},
+    {"_varnow_discrimination_area", (DL_FUNC) &_varnow_discrimination_area, 2},
+    {"_varnow_discrimination_level", (DL_FUNC) &_varnow_discrimination_level, 2},
     {"_varnow_files_look", (DL_FUNC) &_varnow_files_look, 4},
     {"_varnow_files_read_frame", (DL_FUNC) &_varnow_files_read_frame, 9},
     {"_varnow_files_read_matrix", (DL_FUNC) &_varnow_files_read_matrix, 6},
@@ -354,6 +549,10 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
     {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
     {"_varnow_ordering_sets", (DL_FUNC) &_varnow_ordering_sets, 3},
+    {"_varnow_score_scale", (DL_FUNC) &_varnow_score_scale, 1},
+    {"_varnow_score_fit", (DL_FUNC) &_varnow_score_fit, 8},
+    {"_varnow_score_probabilities", (DL_FUNC) &_varnow_score_probabilities, 1},
+    {"_varnow_score_points", (DL_FUNC) &_varnow_score_points, 1},
     {"_varnow_statistics_of_columns", (DL_FUNC) &_varnow_statistics_of_columns, 3},
     {"_varnow_statistics_quantiles", (DL_FUNC) &_varnow_statistics_quantiles, 3},
     {NULL, NULL, 0}
