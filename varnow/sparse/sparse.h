@@ -197,18 +197,8 @@ VARNOW_API sparse operator*(sparse a, double s);
 VARNOW_API sparse operator*(double s, sparse a);
 VARNOW_API sparse operator/(sparse a, double s);
 VARNOW_API sparse operator/(double s, sparse a);
-// Without these a whole number would suit the operators of matrix as well.
-// clang-format off
-#define VARNOW_SCALAR(op)                                                                              \
-    template <class S, detail::if_number<S> = 0> sparse operator op(sparse a, S s)                     \
-    { return std::move(a) op static_cast<double>(s); }                                                   \
-    template <class S, detail::if_number<S> = 0> sparse operator op(S s, sparse a)                     \
-    { return static_cast<double>(s) op std::move(a); }
-VARNOW_SCALAR(*) VARNOW_SCALAR(/)
-#undef VARNOW_SCALAR
-    // clang-format on
 
-    VARNOW_API sparse abs(sparse a);
+VARNOW_API sparse abs(sparse a);
 VARNOW_API sparse sqr(sparse a);
 VARNOW_API sparse forall(sparse const& a, double (*f)(double));
 VARNOW_API sparse forall(sparse const& a, double (*f)(double, double), double p);
@@ -228,5 +218,16 @@ VARNOW_API int minrow(sparse const& a);
 VARNOW_API int mincol(sparse const& a);
 VARNOW_API int maxrow(sparse const& a);
 VARNOW_API int maxcol(sparse const& a);
+
+// clang-format off
+// Without these a whole number would suit the operators of matrix as well.
+#define VARNOW_SCALAR(op)                                                                              \
+    template <class S, detail::if_number<S> = 0> sparse operator op(sparse a, S s)                     \
+    { return std::move(a) op static_cast<double>(s); }                                                 \
+    template <class S, detail::if_number<S> = 0> sparse operator op(S s, sparse a)                     \
+    { return static_cast<double>(s) op std::move(a); }
+VARNOW_SCALAR(*) VARNOW_SCALAR(/)
+#undef VARNOW_SCALAR
+// clang-format on
 
 } // namespace varnow
