@@ -119,7 +119,9 @@ TEST(Sparse, ResizesWithAndWithoutTheContent)
           shown{sparse(1, 9), "1x9 (1,1)1 (1,2)2", "0-2"}, shown{sparse(0, 3), "0x3", ""}}) {
         sparse t = sptest(2, 3);
         t.mkindex();
+        double const* const before = t.values;
         t.resizec(c.s.rows, c.s.cols);
+        EXPECT_EQ(t.values == before, c.s.rows * c.s.cols == 6);
         EXPECT_EQ(show(t), c.first);
         EXPECT_EQ(show_index(t), c.second);
     }

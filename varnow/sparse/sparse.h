@@ -64,7 +64,8 @@ public:
     /// Another shape makes the pattern undefined and drops the index; with the same rows * cols the
     /// arrays stay. The same shape changes nothing.
     void resize(int r, int c);
-    /// Keeps the entries that lie inside the new shape, and rebuilds the index if there was one.
+    /// Keeps the entries that lie inside the new shape, the arrays with the same rows * cols, and
+    /// rebuilds the index if there was one.
     void resizec(int r, int c);
 
     // Changes of the pattern; they drop the index.
