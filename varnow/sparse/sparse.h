@@ -1,7 +1,15 @@
 // sparse: a numeric matrix as a list of its stored entries, with room for every position.
 #pragma once
 
-#include <varnow/containers/matrix.h>
+// Those too that have functions of the same names for matrix: without them in sight, a call for a
+// matrix would turn it into a sparse one.
+#include <varnow/containers/matrix_arithmetic.h>
+#include <varnow/containers/matrix_products.h>
+#include <varnow/containers/ordering.h>
+#include <varnow/numerics/statistics.h>
+
+#include <type_traits>
+#include <utility>
 
 namespace varnow {
 
@@ -229,6 +237,18 @@ VARNOW_API int maxcol(sparse const& a);
     { return static_cast<double>(s) op std::move(a); }
 VARNOW_SCALAR(*) VARNOW_SCALAR(/)
 #undef VARNOW_SCALAR
+
+// Beside a matrix a sparse one stands for the whole matrix, with 0 where nothing is stored, and so
+// does the result.
+#define VARNOW_BESIDE_MATRIX(R, f)                                                                     \
+    template <class M, std::enable_if_t<std::is_same<M, matrix>::value, int> = 0>                      \
+    R f(sparse const& a, M const& b) { return f(a.operator matrix(), b); }                             \
+    template <class M, std::enable_if_t<std::is_same<M, matrix>::value, int> = 0>                      \
+    R f(M const& a, sparse const& b) { return f(a, b.operator matrix()); }
+VARNOW_BESIDE_MATRIX(matrix, operator+) VARNOW_BESIDE_MATRIX(matrix, operator-)
+VARNOW_BESIDE_MATRIX(matrix, operator*) VARNOW_BESIDE_MATRIX(matrix, operator/)
+VARNOW_BESIDE_MATRIX(matrix, mul) VARNOW_BESIDE_MATRIX(int, compare)
+#undef VARNOW_BESIDE_MATRIX
 // clang-format on
 
 } // namespace varnow
