@@ -46,7 +46,7 @@ private:
 class scratch_file
 {
 public:
-    scratch_file() : name_("fuzz_" + std::to_string(varnow::platform::process_id())) {}
+    scratch_file() : name_("fuzz_" + varnow::platform::process_name()) {}
     ~scratch_file() { std::remove(name_.c_str()); }
     char const* with(std::string const& bytes) const
     {

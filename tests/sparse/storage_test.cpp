@@ -119,7 +119,9 @@ TEST(Sparse, ResizesWithAndWithoutTheContent)
           shown{sparse(1, 9), "1x9 (1,1)1 (1,2)2", "0-2"}, shown{sparse(0, 3), "0x3", ""}}) {
         sparse t = sptest(2, 3);
         t.mkindex();
+        double const* const before = t.values;
         t.resizec(c.s.rows, c.s.cols);
+        EXPECT_EQ(t.values == before, c.s.rows * c.s.cols == 6);
         EXPECT_EQ(show(t), c.first);
         EXPECT_EQ(show_index(t), c.second);
     }
@@ -228,4 +230,24 @@ TEST(Sparse, StandsBesideMatrixWithoutAmbiguity)
     EXPECT_EQ(x, 5.0);
     x += mul(row(s, 1), ~row(s, 1));
     EXPECT_EQ(x, 10.0);
+    // Beside a matrix it is one: no threshold, no refusal of holes, the names of the matrix.
+    m = matrix("1 2; 0.000000000000001 4");
+    m.rowname(1) = "first";
+    sparse const hole = varnow::test::listed(2, 2, {{1, 1, 3}, {2, 2, 4}});
+    matrix const whole = hole;
+    struct
+    {
+        matrix result, expected;
+    } const cases[] = {
+        {hole + m, whole + m},         {hole - m, whole - m}, {hole * m, whole * m},
+        {hole / m, whole / m},         {m + hole, m + whole}, {m - hole, m - whole},
+        {m * hole, m * whole},         {m / hole, m / whole}, {mul(hole, m), mul(whole, m)},
+        {mul(m, hole), mul(m, whole)},
+    };
+    for (auto const& c : cases) {
+        EXPECT_EQ(compare(c.result, c.expected), 1);
+        EXPECT_TRUE(c.result.rowname(1) == c.expected.rowname(1));
+    }
+    EXPECT_EQ(compare(m, hole) + compare(hole, m), 0);
+    EXPECT_EQ(compare(whole, hole) + compare(hole, whole), 2);
 }

@@ -163,39 +163,7 @@ void sparse::spsqr()
     change(*this, [](double x) { return x * x; });
 }
 
-// clang-format off
-#define ASSIGN(op)                                                                                     \
-    sparse& sparse::operator op(double s)                                                              \
-    { change(*this, [s](double x) { return x op s; }); return *this; }
-ASSIGN(+=) ASSIGN(-=) ASSIGN(*=) ASSIGN(/=)
-#undef ASSIGN
-
-#define SCALAR(op)                                                                                     \
-    sparse operator op(sparse a, double s)                                                             \
-    { change(a, [s](double x) { return x op s; }); return a; }                                         \
-    sparse operator op(double s, sparse a)                                                             \
-    { change(a, [s](double x) { return s op x; }); return a; }
-SCALAR(*) SCALAR(/)
-#undef SCALAR
-
-#define ZIP(name, op)                                                                                  \
-    sparse name(sparse const& a, sparse const& b)                                                      \
-    { return zip(a, b, "sparse " #name "(sparse,sparse)", [](double x, double y) { return x op y; }); }
-ZIP(spplus, +) ZIP(spminus, -) ZIP(spmul, *) ZIP(spdiv, /)
-#undef ZIP
-
-#define ADD(name, op)                                                                                  \
-    void sparse::name(sparse const& b)                                                                 \
-    { assign(*this, b, [](double x, double y) { return x op y; }); }                                   \
-    void sparse::name(double s, sparse const& b)                                                       \
-    { assign(*this, b, [s](double x, double y) { return s * x op y; }); }                              \
-    void sparse::name(sparse const& b, double s)                                                       \
-    { assign(*this, b, [s](double x, double y) { return x op s * y; }); }
-ADD(addassign, +) ADD(subassign, -)
-#undef ADD
-    // clang-format on
-
-    sparse spminus(sparse const& a, sparse const& b, double t)
+sparse spminus(sparse const& a, sparse const& b, double t)
 {
     return zip(a, b, "sparse spminus(sparse,sparse)",
                [t](double x, double y) { return x - t * y; });
@@ -256,5 +224,37 @@ int compare(sparse const& a, sparse const& b)
             return 0;
     return 1;
 }
+
+// clang-format off
+#define ASSIGN(op)                                                                                     \
+    sparse& sparse::operator op(double s)                                                              \
+    { change(*this, [s](double x) { return x op s; }); return *this; }
+ASSIGN(+=) ASSIGN(-=) ASSIGN(*=) ASSIGN(/=)
+#undef ASSIGN
+
+#define SCALAR(op)                                                                                     \
+    sparse operator op(sparse a, double s)                                                             \
+    { change(a, [s](double x) { return x op s; }); return a; }                                         \
+    sparse operator op(double s, sparse a)                                                             \
+    { change(a, [s](double x) { return s op x; }); return a; }
+SCALAR(*) SCALAR(/)
+#undef SCALAR
+
+#define ZIP(name, op)                                                                                  \
+    sparse name(sparse const& a, sparse const& b)                                                      \
+    { return zip(a, b, "sparse " #name "(sparse,sparse)", [](double x, double y) { return x op y; }); }
+ZIP(spplus, +) ZIP(spminus, -) ZIP(spmul, *) ZIP(spdiv, /)
+#undef ZIP
+
+#define ADD(name, op)                                                                                  \
+    void sparse::name(sparse const& b)                                                                 \
+    { assign(*this, b, [](double x, double y) { return x op y; }); }                                   \
+    void sparse::name(double s, sparse const& b)                                                       \
+    { assign(*this, b, [s](double x, double y) { return s * x op y; }); }                              \
+    void sparse::name(sparse const& b, double s)                                                       \
+    { assign(*this, b, [s](double x, double y) { return x op s * y; }); }
+ADD(addassign, +) ADD(subassign, -)
+#undef ADD
+// clang-format on
 
 } // namespace varnow

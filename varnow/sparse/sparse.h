@@ -1,7 +1,15 @@
 // sparse: a numeric matrix as a list of its stored entries, with room for every position.
 #pragma once
 
-#include <varnow/containers/matrix.h>
+// Those too that have functions of the same names for matrix: without them in sight, a call for a
+// matrix would turn it into a sparse one.
+#include <varnow/containers/matrix_arithmetic.h>
+#include <varnow/containers/matrix_products.h>
+#include <varnow/containers/ordering.h>
+#include <varnow/numerics/statistics.h>
+
+#include <type_traits>
+#include <utility>
 
 namespace varnow {
 
@@ -64,7 +72,8 @@ public:
     /// Another shape makes the pattern undefined and drops the index; with the same rows * cols the
     /// arrays stay. The same shape changes nothing.
     void resize(int r, int c);
-    /// Keeps the entries that lie inside the new shape, and rebuilds the index if there was one.
+    /// Keeps the entries that lie inside the new shape, the arrays with the same rows * cols, and
+    /// rebuilds the index if there was one.
     void resizec(int r, int c);
 
     // Changes of the pattern; they drop the index.
@@ -197,18 +206,8 @@ VARNOW_API sparse operator*(sparse a, double s);
 VARNOW_API sparse operator*(double s, sparse a);
 VARNOW_API sparse operator/(sparse a, double s);
 VARNOW_API sparse operator/(double s, sparse a);
-// Without these a whole number would suit the operators of matrix as well.
-// clang-format off
-#define VARNOW_SCALAR(op)                                                                              \
-    template <class S, detail::if_number<S> = 0> sparse operator op(sparse a, S s)                     \
-    { return std::move(a) op static_cast<double>(s); }                                                   \
-    template <class S, detail::if_number<S> = 0> sparse operator op(S s, sparse a)                     \
-    { return static_cast<double>(s) op std::move(a); }
-VARNOW_SCALAR(*) VARNOW_SCALAR(/)
-#undef VARNOW_SCALAR
-    // clang-format on
 
-    VARNOW_API sparse abs(sparse a);
+VARNOW_API sparse abs(sparse a);
 VARNOW_API sparse sqr(sparse a);
 VARNOW_API sparse forall(sparse const& a, double (*f)(double));
 VARNOW_API sparse forall(sparse const& a, double (*f)(double, double), double p);
@@ -228,5 +227,28 @@ VARNOW_API int minrow(sparse const& a);
 VARNOW_API int mincol(sparse const& a);
 VARNOW_API int maxrow(sparse const& a);
 VARNOW_API int maxcol(sparse const& a);
+
+// clang-format off
+// Without these a whole number would suit the operators of matrix as well.
+#define VARNOW_SCALAR(op)                                                                              \
+    template <class S, detail::if_number<S> = 0> sparse operator op(sparse a, S s)                     \
+    { return std::move(a) op static_cast<double>(s); }                                                 \
+    template <class S, detail::if_number<S> = 0> sparse operator op(S s, sparse a)                     \
+    { return static_cast<double>(s) op std::move(a); }
+VARNOW_SCALAR(*) VARNOW_SCALAR(/)
+#undef VARNOW_SCALAR
+
+// Beside a matrix a sparse one stands for the whole matrix, with 0 where nothing is stored, and so
+// does the result.
+#define VARNOW_BESIDE_MATRIX(R, f)                                                                     \
+    template <class M, std::enable_if_t<std::is_same<M, matrix>::value, int> = 0>                      \
+    R f(sparse const& a, M const& b) { return f(a.operator matrix(), b); }                             \
+    template <class M, std::enable_if_t<std::is_same<M, matrix>::value, int> = 0>                      \
+    R f(M const& a, sparse const& b) { return f(a, b.operator matrix()); }
+VARNOW_BESIDE_MATRIX(matrix, operator+) VARNOW_BESIDE_MATRIX(matrix, operator-)
+VARNOW_BESIDE_MATRIX(matrix, operator*) VARNOW_BESIDE_MATRIX(matrix, operator/)
+VARNOW_BESIDE_MATRIX(matrix, mul) VARNOW_BESIDE_MATRIX(int, compare)
+#undef VARNOW_BESIDE_MATRIX
+// clang-format on
 
 } // namespace varnow

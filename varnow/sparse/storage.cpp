@@ -205,10 +205,17 @@ void sparse::resizec(int r, int c)
 {
     if (!fits(r, c, "void resizec(int,int)")) return;
     int const had_index = indexed;
-    sparse kept(r, c);
-    if (nnz >= 0) copy_if(*this, kept, [&](int k) { return rowidx[k] <= r && colidx[k] <= c; });
-    kept.sorted = sorted;
-    *this = std::move(kept);
+    delindex();
+    auto const fits_in = [&](int k) { return rowidx[k] <= r && colidx[k] <= c; };
+    if (r * c == room(*this)) {
+        if (nnz >= 0) copy_if(*this, *this, fits_in);
+        reshape(*this, r, c);
+    } else {
+        sparse kept(r, c);
+        if (nnz >= 0) copy_if(*this, kept, fits_in);
+        kept.sorted = sorted;
+        *this = std::move(kept);
+    }
     if (had_index) mkindex();
 }
 
