@@ -315,7 +315,7 @@ Text html::sidenav(int k) const
     return links + "</div>\n\n";
 }
 
-void html::save(Text const& dir, Text const& file) const
+Text html::page() const
 {
     std::string page = head.str;
     std::string onload;
@@ -341,7 +341,12 @@ void html::save(Text const& dir, Text const& file) const
         if (ntabs > 1) page += "</div>\n\n";
     }
     page += "\n</body>\n</html>";
-    write_file(dir, file.str, file, Text(page), "nieudane otwarcie pliku do zapisu",
+    return page;
+}
+
+void html::save(Text const& dir, Text const& file) const
+{
+    write_file(dir, file.str, file, page(), "nieudane otwarcie pliku do zapisu",
                "void save(Text,Text)");
     write_file(dir, "varnow.css", file, style(), "nieudany zapis stylow css",
                "html(Text,Text,Text)");

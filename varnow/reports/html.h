@@ -84,7 +84,9 @@ public:
     Text tablink() const;
     Text sidenav(int k) const;
 
-    /// Writes dir + file and dir + "varnow.css". - refuses: a file that cannot be written
+    /// The whole page.
+    Text page() const;
+    /// Writes `page` to dir + file, and dir + "varnow.css". - refuses: a file that cannot be written
     void save(Text const& dir, Text const& file) const;
 
 private:

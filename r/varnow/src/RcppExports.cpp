@@ -10,6 +10,266 @@ Rcpp::Rostream<true>&  Rcpp::Rcout = Rcpp::Rcpp_cout_get();
 Rcpp::Rostream<false>& Rcpp::Rcerr = Rcpp::Rcpp_cerr_get();
 #endif
 
+// simulation_new
+SEXP simulation_new(double lo, double hi, int bins, bool histogram);
+RcppExport SEXP _varnow_simulation_new(SEXP loSEXP, SEXP hiSEXP, SEXP binsSEXP, SEXP histogramSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< double >::type lo(loSEXP);
+    Rcpp::traits::input_parameter< double >::type hi(hiSEXP);
+    Rcpp::traits::input_parameter< int >::type bins(binsSEXP);
+    Rcpp::traits::input_parameter< bool >::type histogram(histogramSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_new(lo, hi, bins, histogram));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_add
+Rcpp::List simulation_add(SEXP pointer, Rcpp::NumericVector const& x);
+RcppExport SEXP _varnow_simulation_add(SEXP pointerSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_add(pointer, x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_reset
+void simulation_reset(SEXP pointer);
+RcppExport SEXP _varnow_simulation_reset(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    simulation_reset(pointer);
+    return R_NilValue;
+END_RCPP
+}
+// simulation_summary
+Rcpp::NumericVector simulation_summary(SEXP pointer);
+RcppExport SEXP _varnow_simulation_summary(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_summary(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_edges
+Rcpp::NumericVector simulation_edges(SEXP pointer);
+RcppExport SEXP _varnow_simulation_edges(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_edges(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_mode
+double simulation_mode(SEXP pointer);
+RcppExport SEXP _varnow_simulation_mode(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_mode(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_hist
+Rcpp::NumericMatrix simulation_hist(SEXP pointer);
+RcppExport SEXP _varnow_simulation_hist(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_hist(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_stored
+Rcpp::NumericVector simulation_stored(SEXP pointer);
+RcppExport SEXP _varnow_simulation_stored(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_stored(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_merge
+void simulation_merge(SEXP pointer, SEXP other);
+RcppExport SEXP _varnow_simulation_merge(SEXP pointerSEXP, SEXP otherSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< SEXP >::type other(otherSEXP);
+    simulation_merge(pointer, other);
+    return R_NilValue;
+END_RCPP
+}
+// simulation_save
+std::string simulation_save(SEXP pointer, std::string const& file);
+RcppExport SEXP _varnow_simulation_save(SEXP pointerSEXP, SEXP fileSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_save(pointer, file));
+    return rcpp_result_gen;
+END_RCPP
+}
+// simulation_load
+std::string simulation_load(SEXP pointer, std::string const& file);
+RcppExport SEXP _varnow_simulation_load(SEXP pointerSEXP, SEXP fileSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    rcpp_result_gen = Rcpp::wrap(simulation_load(pointer, file));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles_new
+SEXP quantiles_new(double p);
+RcppExport SEXP _varnow_quantiles_new(SEXP pSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< double >::type p(pSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles_new(p));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles_add
+Rcpp::List quantiles_add(SEXP pointer, Rcpp::NumericVector const& x);
+RcppExport SEXP _varnow_quantiles_add(SEXP pointerSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles_add(pointer, x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles_reset
+void quantiles_reset(SEXP pointer, double p);
+RcppExport SEXP _varnow_quantiles_reset(SEXP pointerSEXP, SEXP pSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< double >::type p(pSEXP);
+    quantiles_reset(pointer, p);
+    return R_NilValue;
+END_RCPP
+}
+// quantiles_state
+Rcpp::NumericVector quantiles_state(SEXP pointer);
+RcppExport SEXP _varnow_quantiles_state(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles_state(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles_result
+Rcpp::List quantiles_result(SEXP pointer);
+RcppExport SEXP _varnow_quantiles_result(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles_result(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles_cdf
+Rcpp::List quantiles_cdf(SEXP pointer, Rcpp::NumericVector const& x);
+RcppExport SEXP _varnow_quantiles_cdf(SEXP pointerSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles_cdf(pointer, x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles2_new
+SEXP quantiles2_new();
+RcppExport SEXP _varnow_quantiles2_new() {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    rcpp_result_gen = Rcpp::wrap(quantiles2_new());
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles2_add
+void quantiles2_add(SEXP pointer, SEXP estimate);
+RcppExport SEXP _varnow_quantiles2_add(SEXP pointerSEXP, SEXP estimateSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< SEXP >::type estimate(estimateSEXP);
+    quantiles2_add(pointer, estimate);
+    return R_NilValue;
+END_RCPP
+}
+// quantiles2_state
+Rcpp::NumericVector quantiles2_state(SEXP pointer);
+RcppExport SEXP _varnow_quantiles2_state(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles2_state(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles2_cdf
+Rcpp::List quantiles2_cdf(SEXP pointer, Rcpp::NumericVector const& x);
+RcppExport SEXP _varnow_quantiles2_cdf(SEXP pointerSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles2_cdf(pointer, x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles2_obstacle
+std::string quantiles2_obstacle(SEXP pointer);
+RcppExport SEXP _varnow_quantiles2_obstacle(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles2_obstacle(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// quantiles2_result
+Rcpp::List quantiles2_result(SEXP pointer);
+RcppExport SEXP _varnow_quantiles2_result(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(quantiles2_result(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
 // algebra_lineqns
 Rcpp::NumericMatrix algebra_lineqns(Rcpp::NumericMatrix const& a, Rcpp::NumericMatrix const& b, int method);
 RcppExport SEXP _varnow_algebra_lineqns(SEXP aSEXP, SEXP bSEXP, SEXP methodSEXP) {
@@ -438,6 +698,317 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// reports_write
+bool reports_write(std::string const& file, Rcpp::RawVector const& bytes);
+RcppExport SEXP _varnow_reports_write(SEXP fileSEXP, SEXP bytesSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< Rcpp::RawVector const& >::type bytes(bytesSEXP);
+    rcpp_result_gen = Rcpp::wrap(reports_write(file, bytes));
+    return rcpp_result_gen;
+END_RCPP
+}
+// html_new
+SEXP html_new(std::string const& title, std::string const& description, std::string const& keywords, std::string const& scripts, std::string const& gnuplot_scripts);
+RcppExport SEXP _varnow_html_new(SEXP titleSEXP, SEXP descriptionSEXP, SEXP keywordsSEXP, SEXP scriptsSEXP, SEXP gnuplot_scriptsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type title(titleSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type description(descriptionSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type keywords(keywordsSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type scripts(scriptsSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type gnuplot_scripts(gnuplot_scriptsSEXP);
+    rcpp_result_gen = Rcpp::wrap(html_new(title, description, keywords, scripts, gnuplot_scripts));
+    return rcpp_result_gen;
+END_RCPP
+}
+// html_counts
+Rcpp::IntegerVector html_counts(SEXP pointer);
+RcppExport SEXP _varnow_html_counts(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(html_counts(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// html_text
+void html_text(SEXP pointer, std::string const& part, std::string const& x, Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_text(SEXP pointerSEXP, SEXP partSEXP, SEXP xSEXP, SEXP settingsSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type part(partSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    html_text(pointer, part, x, settings);
+    return R_NilValue;
+END_RCPP
+}
+// html_image
+void html_image(SEXP pointer, std::string const& file, std::string const& dir, std::string const& align, int w, int h);
+RcppExport SEXP _varnow_html_image(SEXP pointerSEXP, SEXP fileSEXP, SEXP dirSEXP, SEXP alignSEXP, SEXP wSEXP, SEXP hSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type align(alignSEXP);
+    Rcpp::traits::input_parameter< int >::type w(wSEXP);
+    Rcpp::traits::input_parameter< int >::type h(hSEXP);
+    html_image(pointer, file, dir, align, w, h);
+    return R_NilValue;
+END_RCPP
+}
+// html_href
+void html_href(SEXP pointer, std::string const& url, std::string const& dir, std::string const& label, std::string const& picture);
+RcppExport SEXP _varnow_html_href(SEXP pointerSEXP, SEXP urlSEXP, SEXP dirSEXP, SEXP labelSEXP, SEXP pictureSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type url(urlSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type label(labelSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type picture(pictureSEXP);
+    html_href(pointer, url, dir, label, picture);
+    return R_NilValue;
+END_RCPP
+}
+// html_js
+void html_js(SEXP pointer, std::string const& name, std::string const& dir, int w, int h);
+RcppExport SEXP _varnow_html_js(SEXP pointerSEXP, SEXP nameSEXP, SEXP dirSEXP, SEXP wSEXP, SEXP hSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
+    Rcpp::traits::input_parameter< int >::type w(wSEXP);
+    Rcpp::traits::input_parameter< int >::type h(hSEXP);
+    html_js(pointer, name, dir, w, h);
+    return R_NilValue;
+END_RCPP
+}
+// html_endline
+void html_endline(SEXP pointer, int n);
+RcppExport SEXP _varnow_html_endline(SEXP pointerSEXP, SEXP nSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    html_endline(pointer, n);
+    return R_NilValue;
+END_RCPP
+}
+// html_clear
+void html_clear(SEXP pointer);
+RcppExport SEXP _varnow_html_clear(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    html_clear(pointer);
+    return R_NilValue;
+END_RCPP
+}
+// html_matrix
+void html_matrix(SEXP pointer, Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& formats, Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_matrix(SEXP pointerSEXP, SEXP xSEXP, SEXP formatsSEXP, SEXP settingsSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type formats(formatsSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    html_matrix(pointer, x, formats, settings);
+    return R_NilValue;
+END_RCPP
+}
+// html_table
+void html_table(SEXP pointer, Rcpp::List const& x, Rcpp::CharacterVector const& row_names, Rcpp::Nullable<Rcpp::NumericVector> const& formats, Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_table(SEXP pointerSEXP, SEXP xSEXP, SEXP row_namesSEXP, SEXP formatsSEXP, SEXP settingsSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< Rcpp::Nullable<Rcpp::NumericVector> const& >::type formats(formatsSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    html_table(pointer, x, row_names, formats, settings);
+    return R_NilValue;
+END_RCPP
+}
+// html_page
+std::string html_page(SEXP pointer);
+RcppExport SEXP _varnow_html_page(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(html_page(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// html_style
+std::string html_style(SEXP pointer);
+RcppExport SEXP _varnow_html_style(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    rcpp_result_gen = Rcpp::wrap(html_style(pointer));
+    return rcpp_result_gen;
+END_RCPP
+}
+// gplot_new
+SEXP gplot_new(std::string const& name, std::string const& directory);
+RcppExport SEXP _varnow_gplot_new(SEXP nameSEXP, SEXP directorySEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type directory(directorySEXP);
+    rcpp_result_gen = Rcpp::wrap(gplot_new(name, directory));
+    return rcpp_result_gen;
+END_RCPP
+}
+// gplot_close
+void gplot_close(SEXP pointer);
+RcppExport SEXP _varnow_gplot_close(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    gplot_close(pointer);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_text
+void gplot_text(SEXP pointer, std::string const& name, std::string const& x);
+RcppExport SEXP _varnow_gplot_text(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    gplot_text(pointer, name, x);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_number
+void gplot_number(SEXP pointer, std::string const& name, double x);
+RcppExport SEXP _varnow_gplot_number(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< double >::type x(xSEXP);
+    gplot_number(pointer, name, x);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_whole
+void gplot_whole(SEXP pointer, std::string const& name, int x);
+RcppExport SEXP _varnow_gplot_whole(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< int >::type x(xSEXP);
+    gplot_whole(pointer, name, x);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_pair
+void gplot_pair(SEXP pointer, std::string const& name, double a, double b);
+RcppExport SEXP _varnow_gplot_pair(SEXP pointerSEXP, SEXP nameSEXP, SEXP aSEXP, SEXP bSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter< double >::type a(aSEXP);
+    Rcpp::traits::input_parameter< double >::type b(bSEXP);
+    gplot_pair(pointer, name, a, b);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_label
+void gplot_label(SEXP pointer, int n, std::string const& x, double a, double b);
+RcppExport SEXP _varnow_gplot_label(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP, SEXP aSEXP, SEXP bSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< double >::type a(aSEXP);
+    Rcpp::traits::input_parameter< double >::type b(bSEXP);
+    gplot_label(pointer, n, x, a, b);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_reset
+void gplot_reset(SEXP pointer);
+RcppExport SEXP _varnow_gplot_reset(SEXP pointerSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    gplot_reset(pointer);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_multiplot
+void gplot_multiplot(SEXP pointer, bool on, int rows, int cols);
+RcppExport SEXP _varnow_gplot_multiplot(SEXP pointerSEXP, SEXP onSEXP, SEXP rowsSEXP, SEXP colsSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< bool >::type on(onSEXP);
+    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
+    Rcpp::traits::input_parameter< int >::type cols(colsSEXP);
+    gplot_multiplot(pointer, on, rows, cols);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_sep
+void gplot_sep(SEXP pointer, std::string const& ch, int n, Rcpp::Nullable<Rcpp::CharacterVector> const& x);
+RcppExport SEXP _varnow_gplot_sep(SEXP pointerSEXP, SEXP chSEXP, SEXP nSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type ch(chSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    Rcpp::traits::input_parameter< Rcpp::Nullable<Rcpp::CharacterVector> const& >::type x(xSEXP);
+    gplot_sep(pointer, ch, n, x);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_pause
+void gplot_pause(SEXP pointer, int n, std::string const& x);
+RcppExport SEXP _varnow_gplot_pause(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    gplot_pause(pointer, n, x);
+    return R_NilValue;
+END_RCPP
+}
+// gplot_plot
+std::string gplot_plot(SEXP pointer, int dim, Rcpp::List const& sources, Rcpp::CharacterVector const& clauses);
+RcppExport SEXP _varnow_gplot_plot(SEXP pointerSEXP, SEXP dimSEXP, SEXP sourcesSEXP, SEXP clausesSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter< int >::type dim(dimSEXP);
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type sources(sourcesSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type clauses(clausesSEXP);
+    rcpp_result_gen = Rcpp::wrap(gplot_plot(pointer, dim, sources, clauses));
+    return rcpp_result_gen;
+END_RCPP
+}
 // score_scale
 Rcpp::List score_scale(Rcpp::NumericMatrix const& x);
 RcppExport SEXP _varnow_score_scale(SEXP xSEXP) {
@@ -515,8 +1086,67 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// work_read
+Rcpp::List work_read(std::string const& file);
+RcppExport SEXP _varnow_work_read(SEXP fileSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    rcpp_result_gen = Rcpp::wrap(work_read(file));
+    return rcpp_result_gen;
+END_RCPP
+}
+// work_new
+Rcpp::List work_new(Rcpp::List const& params, int rows);
+RcppExport SEXP _varnow_work_new(SEXP paramsSEXP, SEXP rowsSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type params(paramsSEXP);
+    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
+    rcpp_result_gen = Rcpp::wrap(work_new(params, rows));
+    return rcpp_result_gen;
+END_RCPP
+}
+// work_write
+bool work_write(Rcpp::List const& columns, Rcpp::CharacterVector const& row_names, std::string const& file);
+RcppExport SEXP _varnow_work_write(SEXP columnsSEXP, SEXP row_namesSEXP, SEXP fileSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
+    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    rcpp_result_gen = Rcpp::wrap(work_write(columns, row_names, file));
+    return rcpp_result_gen;
+END_RCPP
+}
 
 static const R_CallMethodDef CallEntries[] = {
+    {"_varnow_simulation_new", (DL_FUNC) &_varnow_simulation_new, 4},
+    {"_varnow_simulation_add", (DL_FUNC) &_varnow_simulation_add, 2},
+    {"_varnow_simulation_reset", (DL_FUNC) &_varnow_simulation_reset, 1},
+    {"_varnow_simulation_summary", (DL_FUNC) &_varnow_simulation_summary, 1},
+    {"_varnow_simulation_edges", (DL_FUNC) &_varnow_simulation_edges, 1},
+    {"_varnow_simulation_mode", (DL_FUNC) &_varnow_simulation_mode, 1},
+    {"_varnow_simulation_hist", (DL_FUNC) &_varnow_simulation_hist, 1},
+    {"_varnow_simulation_stored", (DL_FUNC) &_varnow_simulation_stored, 1},
+    {"_varnow_simulation_merge", (DL_FUNC) &_varnow_simulation_merge, 2},
+    {"_varnow_simulation_save", (DL_FUNC) &_varnow_simulation_save, 2},
+    {"_varnow_simulation_load", (DL_FUNC) &_varnow_simulation_load, 2},
+    {"_varnow_quantiles_new", (DL_FUNC) &_varnow_quantiles_new, 1},
+    {"_varnow_quantiles_add", (DL_FUNC) &_varnow_quantiles_add, 2},
+    {"_varnow_quantiles_reset", (DL_FUNC) &_varnow_quantiles_reset, 2},
+    {"_varnow_quantiles_state", (DL_FUNC) &_varnow_quantiles_state, 1},
+    {"_varnow_quantiles_result", (DL_FUNC) &_varnow_quantiles_result, 1},
+    {"_varnow_quantiles_cdf", (DL_FUNC) &_varnow_quantiles_cdf, 2},
+    {"_varnow_quantiles2_new", (DL_FUNC) &_varnow_quantiles2_new, 0},
+    {"_varnow_quantiles2_add", (DL_FUNC) &_varnow_quantiles2_add, 2},
+    {"_varnow_quantiles2_state", (DL_FUNC) &_varnow_quantiles2_state, 1},
+    {"_varnow_quantiles2_cdf", (DL_FUNC) &_varnow_quantiles2_cdf, 2},
+    {"_varnow_quantiles2_obstacle", (DL_FUNC) &_varnow_quantiles2_obstacle, 1},
+    {"_varnow_quantiles2_result", (DL_FUNC) &_varnow_quantiles2_result, 1},
     {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
     {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
     {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
@@ -549,12 +1179,40 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
     {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
     {"_varnow_ordering_sets", (DL_FUNC) &_varnow_ordering_sets, 3},
+    {"_varnow_reports_write", (DL_FUNC) &_varnow_reports_write, 2},
+    {"_varnow_html_new", (DL_FUNC) &_varnow_html_new, 5},
+    {"_varnow_html_counts", (DL_FUNC) &_varnow_html_counts, 1},
+    {"_varnow_html_text", (DL_FUNC) &_varnow_html_text, 4},
+    {"_varnow_html_image", (DL_FUNC) &_varnow_html_image, 6},
+    {"_varnow_html_href", (DL_FUNC) &_varnow_html_href, 5},
+    {"_varnow_html_js", (DL_FUNC) &_varnow_html_js, 5},
+    {"_varnow_html_endline", (DL_FUNC) &_varnow_html_endline, 2},
+    {"_varnow_html_clear", (DL_FUNC) &_varnow_html_clear, 1},
+    {"_varnow_html_matrix", (DL_FUNC) &_varnow_html_matrix, 4},
+    {"_varnow_html_table", (DL_FUNC) &_varnow_html_table, 5},
+    {"_varnow_html_page", (DL_FUNC) &_varnow_html_page, 1},
+    {"_varnow_html_style", (DL_FUNC) &_varnow_html_style, 1},
+    {"_varnow_gplot_new", (DL_FUNC) &_varnow_gplot_new, 2},
+    {"_varnow_gplot_close", (DL_FUNC) &_varnow_gplot_close, 1},
+    {"_varnow_gplot_text", (DL_FUNC) &_varnow_gplot_text, 3},
+    {"_varnow_gplot_number", (DL_FUNC) &_varnow_gplot_number, 3},
+    {"_varnow_gplot_whole", (DL_FUNC) &_varnow_gplot_whole, 3},
+    {"_varnow_gplot_pair", (DL_FUNC) &_varnow_gplot_pair, 4},
+    {"_varnow_gplot_label", (DL_FUNC) &_varnow_gplot_label, 5},
+    {"_varnow_gplot_reset", (DL_FUNC) &_varnow_gplot_reset, 1},
+    {"_varnow_gplot_multiplot", (DL_FUNC) &_varnow_gplot_multiplot, 4},
+    {"_varnow_gplot_sep", (DL_FUNC) &_varnow_gplot_sep, 4},
+    {"_varnow_gplot_pause", (DL_FUNC) &_varnow_gplot_pause, 3},
+    {"_varnow_gplot_plot", (DL_FUNC) &_varnow_gplot_plot, 4},
     {"_varnow_score_scale", (DL_FUNC) &_varnow_score_scale, 1},
     {"_varnow_score_fit", (DL_FUNC) &_varnow_score_fit, 8},
     {"_varnow_score_probabilities", (DL_FUNC) &_varnow_score_probabilities, 1},
     {"_varnow_score_points", (DL_FUNC) &_varnow_score_points, 1},
     {"_varnow_statistics_of_columns", (DL_FUNC) &_varnow_statistics_of_columns, 3},
     {"_varnow_statistics_quantiles", (DL_FUNC) &_varnow_statistics_quantiles, 3},
+    {"_varnow_work_read", (DL_FUNC) &_varnow_work_read, 1},
+    {"_varnow_work_new", (DL_FUNC) &_varnow_work_new, 2},
+    {"_varnow_work_write", (DL_FUNC) &_varnow_work_write, 3},
     {NULL, NULL, 0}
 };
 

@@ -1,0 +1,1 @@
+../../../../share/js/tabs.js

@@ -1,0 +1,1 @@
+../../../../share/js/updating.js
