@@ -175,6 +175,7 @@ TEST(ConjugateStep, EndsWhereTheErrorIsLeastOnTheLine)
         EXPECT_TRUE(same_bits(direction(net), matrix(beta * before + gradient(net)))) << turn;
         EXPECT_LT(net.error(0), error);
         EXPECT_NEAR(weights(net)(1), w(1) - net.tau * direction(net)(1), 1e-12);
+        EXPECT_EQ(compare(net.tw1, net.w1) + compare(net.tb2, net.b2), 2);
     }
     // the lowest point of such a parabola is at 1 / (2 n)
     net = constant_net(test::uneven(1000, 1, 9, 1), 5.0);
