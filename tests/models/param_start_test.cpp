@@ -68,6 +68,11 @@ TEST(ParamStart, HeedsTheDirectionAndDegenerateData)
         EXPECT_TRUE(std::isfinite(p(2)) && std::isfinite(p(3)));
     }
     EXPECT_NEAR(param_start_C(x, t, -1)(1), 0.0, 1e-12);
+    // Of the many curves through two points none with levels that cancel.
+    matrix p = param_start_C("0; 1", "0; 1", 0);
+    EXPECT_NEAR(f_C(0.0, p), 0.0, 1e-12);
+    EXPECT_NEAR(f_C(1.0, p), 1.0, 1e-12);
+    EXPECT_LT(std::fabs(p(1)), 2.0);
 }
 
 TEST(ParamStartDeathTest, RefusesWhatIsNoPairOfColumns)

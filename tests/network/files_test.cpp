@@ -61,6 +61,7 @@ TEST(NeuralNetFilesDeathTest, AreRefusedByName)
         {"_w1.nn", "2 3 0\n"},
         {"_w1.nn", "2 2 -1\n"},
         {"_w1.nn", "2 2 2\n2 1 5\n1 1 5\n"},
+        {"_w1.nn", "2 2 1\n1 1 5\n2 1 5\n"},
         {"_b1.nn", ""},
         {"_w2.nn", "1 2 0\n"},
         {"_b2.nn", "1 1\n"},

@@ -156,6 +156,7 @@ TEST(NeuralNet, GivesTheValuesOfTheSparseOperations)
             neural_net net = test::sparse_net(4, 5, k % 3 + 1, k / 3 % 3 + 1, 50 + k);
             net.w1[1] *= k % 2 ? 1.0 : 20.0; // far from 0 for tanh
             net.w1[2] *= odd[k / 9];
+            for (int e = 1; e <= 40; ++e) net.inputs[0][e] *= k % 2 ? 1.0 : -INFINITY;
             net.w2[1] *= odd[2 - k / 9];
             matrix const y = net.values(0);
             for (int p = 1; p <= 71; ++p) {

@@ -85,17 +85,22 @@ public:
     {
         std::size_t const last = groups.size() - 1;
         spread_ = groups[last - last / 10].x - groups[last / 10].x;
+        auto const t = std::minmax_element(groups.begin(), groups.end(),
+                                           [](point a, point b) { return a.t < b.t; });
+        most_p1_ = 50.0 * (t.second->t - t.first->t);
     }
 
+    // Few distinct x have many curves that fit alike: then the one in the middle is kept.
     sigmoid best()
     {
         sigmoid found = {0.0, 0.0};
         auto const look_at = [&](double centre) {
             for (int k = 0; k < widths; ++k)
-                improve(found, centre, std::log(narrowest * spread_) + 0.36 * k);
+                improve(found, centre, std::log(narrowest * spread_) + 0.36 * outward(k, widths));
         };
         std::size_t const last = groups_.size() - 1;
-        for (std::size_t k = 0; k <= centres; ++k) look_at(groups_[last * k / centres].x);
+        for (int k = 0; k <= centres; ++k)
+            look_at(groups_[last * static_cast<std::size_t>(outward(k, centres + 1)) / centres].x);
         for (double beyond : {1.0, 2.0}) {
             look_at(groups_[0].x - beyond * spread_);
             look_at(groups_[last].x + beyond * spread_);
@@ -113,9 +118,11 @@ public:
     }
 
 private:
-    static constexpr int widths = 21;
-    static constexpr std::size_t centres = 24;
+    static constexpr int widths = 21, centres = 24;
     static constexpr double narrowest = 0.02, widest = 100.0;
+
+    // 0 to n - 1, n odd, from the middle on.
+    static int outward(int k, int n) { return n / 2 + (k % 2 ? (k + 1) / 2 : -k / 2); }
 
     void improve(sigmoid& found, double centre, double log_width) const
     {
@@ -132,12 +139,15 @@ private:
         double const middle = h / weight, variation = hh - middle * h;
         if (!(variation > 1e-12 * weight) || ht * direction_ < 0.0) return;
         double const p1 = ht / variation, gain = p1 * ht;
-        if (gain > found.gain) found = {centre, log_width, gain, p1, mean_ - p1 * middle};
+        if (std::fabs(p1) > most_p1_) return;
+        if (gain > found.gain * (1.0 + 1e-9))
+            found = {centre, log_width, gain, p1, mean_ - p1 * middle};
     }
 
     points const& groups_;
     int direction_;
     double mean_, spread_;
+    double most_p1_; // levels far beyond the targets would cancel all digits of the values
 };
 
 } // namespace

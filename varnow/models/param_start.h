@@ -14,7 +14,8 @@ namespace varnow {
 VARNOW_API matrix param_start_B(matrix const& x, matrix const& t);
 /// The four parameters of `f_C`, p(2) above 0, near the least-squares curve: x is gathered into at
 /// most 128 groups of equal rank, and centre and width of the sigmoid are searched on a grid that
-/// closes in; the levels follow by linear least squares.
+/// closes in; the levels follow by linear least squares. Among curves that fit alike a moderate one
+/// is chosen.
 /// - direction: above 0 for a rising curve, below 0 for a falling one, 0 for whichever fits
 /// For an x that does not vary, p(1) is 0 and p(4) the mean of t.
 VARNOW_API matrix param_start_C(matrix const& x, matrix const& t, int direction);

@@ -68,6 +68,15 @@ bool read_numbers(Text const& name, int* numbers, int count, bool alone)
     return !alone || std::fscanf(f.get(), " %c", &more) != 1 || refuse_content(name);
 }
 
+// `sparse` reads no further than its entries; the file of a net ends with them.
+bool ends_with_entries(Text const& name, sparse const& w)
+{
+    file f(std::fopen(name.str, "rt"));
+    std::int64_t words = 0;
+    while (f && std::fscanf(f.get(), "%*s") != EOF) ++words;
+    return words == 3 + 3 * std::int64_t(w.nnz);
+}
+
 bool read_weights(Text const& name, int rows, int cols, sparse& w)
 {
     // Looked at first, so that no wrong size is ever allocated.
@@ -75,7 +84,7 @@ bool read_weights(Text const& name, int rows, int cols, sparse& w)
     if (!read_numbers(name, size, 3, false)) return false;
     if (size[0] != rows || size[1] != cols || size[2] < 0) return refuse_content(name);
     if (w.readtxt(name.str, 0) != 0) return refuse_reading(name);
-    return w.sorted || refuse_content(name);
+    return (w.sorted && ends_with_entries(name, w)) || refuse_content(name);
 }
 
 } // namespace

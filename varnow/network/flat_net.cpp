@@ -110,10 +110,10 @@ struct block
     double y[lanes];
 };
 
-// One term w x[0], ..., w x[lanes - 1] of sums.
+// One term w x[0], ..., w x[lanes - 1] of sums; where `stored` is 0, x is not stored.
 struct term
 {
-    double const* x;
+    double const *x, *stored;
     double w;
 };
 
@@ -142,7 +142,7 @@ template <class Terms> INLINE void add_terms(int count, bool finite, Terms const
         std::fill(s, s + lanes, 0.0);
         for (int c = 0; c < count; ++c)
             for (int l = 0; l < lanes; ++l)
-                if (terms(c).x[l] != 0.0) s[l] += terms(c).x[l] * terms(c).w;
+                if (terms(c).stored[l] != 0.0) s[l] += terms(c).x[l] * terms(c).w;
     }
 }
 
@@ -163,18 +163,22 @@ INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double c
     for (int j = 0; j < f.n_hid; ++j, z += lanes) {
         int const from = f.first[at(j)], bias = f.b1_entry[at(j)];
         auto const terms = [&](int c) -> term {
-            return {x + at(input[from + c]) * lanes, w.w1[entry[from + c]]};
+            double const* const of_input = x + at(input[from + c]) * lanes;
+            return {of_input, of_input, w.w1[entry[from + c]]};
         };
         add_terms(f.first[at(j) + 1] - from, finite, terms, z);
         finish_sums(z, bias < 0 ? nullptr : w.b1 + bias);
     }
 }
 
-INLINE void output_sums(flat_net const& f, flat_weights w, bool finite, double const* h, double* z)
+INLINE void output_sums(flat_net const& f, flat_weights w, block const& b, double* z)
 {
     int const* const unit = f.w2_unit.data();
-    auto const terms = [&](int c) -> term { return {h + at(unit[c]) * lanes, w.w2[c]}; };
-    add_terms(static_cast<int>(f.w2_unit.size()), finite, terms, z);
+    auto const terms = [&](int c) -> term {
+        std::size_t const from = at(unit[c]) * lanes;
+        return {&b.h[from], &b.z[from], w.w2[c]};
+    };
+    add_terms(static_cast<int>(f.w2_unit.size()), b.finite, terms, z);
     finish_sums(z, f.b2_entry < 0 ? nullptr : w.b2);
 }
 
@@ -183,7 +187,7 @@ INLINE void forward(flat_net const& f, flat_weights w, double const* x, block& b
     hidden_sums(f, w, b.finite, x, b.z.data());
     activate_stored(b.z.data(), static_cast<int>(b.z.size()), f.act_hid, b.h.data());
     double z[lanes];
-    output_sums(f, w, b.finite, b.h.data(), z);
+    output_sums(f, w, b, z);
     activate_stored(z, lanes, f.act_out, b.y);
 }
 
@@ -251,8 +255,15 @@ INLINE void add_hidden_gradient(flat_net const& f, double const* x, double const
         double const xi = x[at(i) * lanes];
         int const from = f.row[at(i)];
         if (xi == 0.0) continue;
-        add_by_unit(f.unit.data() + from, f.row[at(i) + 1] - from, d, g.w1 + from,
-                    [=](double v) { return r * kept(xi * v); });
+        if (std::isfinite(xi)) {
+            add_by_unit(f.unit.data() + from, f.row[at(i) + 1] - from, d, g.w1 + from,
+                        [=](double v) { return r * kept(xi * v); });
+            continue;
+        }
+        for (int k = from; k < f.row[at(i) + 1]; ++k) {
+            double const v = d[f.unit[at(k)]];
+            if (v != 0.0) g.w1[k] += r * kept(xi * v);
+        }
     }
     add_by_unit(f.b1_unit.data(), static_cast<int>(f.b1_unit.size()), d, g.b1,
                 [=](double v) { return r * v; });

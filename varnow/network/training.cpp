@@ -78,22 +78,33 @@ public:
         return total / net_.rep_total;
     }
 
-    /// The error at the weights less t times a direction.
-    double error_along(double t, int use_penalty)
+    /// Trial weights: the weights less t times the direction.
+    void try_along(double t)
     {
         net_.tw1 = spminus(net_.w1, net_.dw1, t);
         net_.tb1 = spminus(net_.b1, net_.db1, t);
         net_.tw2 = spminus(net_.w2, net_.dw2, t);
         net_.tb2 = spminus(net_.b2, net_.db2, t);
-        return error_of_trial(use_penalty);
+        copy_indexes();
     }
-    /// The error at the weights less the trial step.
-    double error_of_step(int use_penalty)
+    /// Trial weights: the weights less the trial step.
+    void try_step()
     {
         net_.tw1 = spminus(net_.w1, net_.sw1);
         net_.tb1 = spminus(net_.b1, net_.sb1);
         net_.tw2 = spminus(net_.w2, net_.sw2);
         net_.tb2 = spminus(net_.b2, net_.sb2);
+        copy_indexes();
+    }
+
+    double error_along(double t, int use_penalty)
+    {
+        try_along(t);
+        return error_of_trial(use_penalty);
+    }
+    double error_of_step(int use_penalty)
+    {
+        try_step();
         return error_of_trial(use_penalty);
     }
 
@@ -122,10 +133,14 @@ public:
     }
 
 private:
-    double error_of_trial(int use_penalty)
+    void copy_indexes()
     {
         net_.tw1.cpyindex(net_.w1);
         net_.tw2.cpyindex(net_.w2);
+    }
+
+    double error_of_trial(int use_penalty)
+    {
         flat_outputs(flat_, {net_.tw1.values, net_.tb1.values, net_.tw2.values, net_.tb2.values},
                      patterns_, y_.data());
         double total = 0.0;
@@ -289,7 +304,10 @@ int neural_net::backprop(int use_cg, int use_gn, int train_hidden, int use_penal
     damped_result damped = {false, 0.0};
     if (use_gn) damped = damped_search(*this, set, m, use_penalty);
 
-    // The damped step is compared by its last trial, though the best one is taken.
+    // The damped step is compared by its last trial, though the best one is taken. The errors are
+    // known; the trial weights are left as if they had been found anew.
+    if (use_cg) set.try_along(line.step);
+    if (line_gains && damped.finished) set.try_step();
     if (line_gains && !(damped.finished && damped.last_error <= line.error)) {
         take_conjugate_step(*this, line.step);
         return 0;
