@@ -205,6 +205,18 @@ linear_fit_plain <- function(x, y) {
     .Call(`_varnow_linear_fit_plain`, x, y)
 }
 
+network_train <- function(start, codes, x, y, valid_x, valid_y, steps, min_gain, conjugate, damped, penalty, verbose) {
+    .Call(`_varnow_network_train`, start, codes, x, y, valid_x, valid_y, steps, min_gain, conjugate, damped, penalty, verbose)
+}
+
+network_values <- function(model, codes, x) {
+    .Call(`_varnow_network_values`, model, codes, x)
+}
+
+network_save <- function(model, codes, name) {
+    invisible(.Call(`_varnow_network_save`, model, codes, name))
+}
+
 ordering_order <- function(x, decreasing) {
     .Call(`_varnow_ordering_order`, x, decreasing)
 }

@@ -647,6 +647,53 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// network_train
+Rcpp::List network_train(Rcpp::List const& start, Rcpp::IntegerVector const& codes, Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, Rcpp::NumericMatrix const& valid_x, Rcpp::NumericMatrix const& valid_y, Rcpp::IntegerVector const& steps, double min_gain, bool conjugate, bool damped, bool penalty, bool verbose);
+RcppExport SEXP _varnow_network_train(SEXP startSEXP, SEXP codesSEXP, SEXP xSEXP, SEXP ySEXP, SEXP valid_xSEXP, SEXP valid_ySEXP, SEXP stepsSEXP, SEXP min_gainSEXP, SEXP conjugateSEXP, SEXP dampedSEXP, SEXP penaltySEXP, SEXP verboseSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type start(startSEXP);
+    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type valid_x(valid_xSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type valid_y(valid_ySEXP);
+    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type steps(stepsSEXP);
+    Rcpp::traits::input_parameter< double >::type min_gain(min_gainSEXP);
+    Rcpp::traits::input_parameter< bool >::type conjugate(conjugateSEXP);
+    Rcpp::traits::input_parameter< bool >::type damped(dampedSEXP);
+    Rcpp::traits::input_parameter< bool >::type penalty(penaltySEXP);
+    Rcpp::traits::input_parameter< bool >::type verbose(verboseSEXP);
+    rcpp_result_gen = Rcpp::wrap(network_train(start, codes, x, y, valid_x, valid_y, steps, min_gain, conjugate, damped, penalty, verbose));
+    return rcpp_result_gen;
+END_RCPP
+}
+// network_values
+Rcpp::NumericVector network_values(Rcpp::List const& model, Rcpp::IntegerVector const& codes, Rcpp::NumericMatrix const& x);
+RcppExport SEXP _varnow_network_values(SEXP modelSEXP, SEXP codesSEXP, SEXP xSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type model(modelSEXP);
+    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
+    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    rcpp_result_gen = Rcpp::wrap(network_values(model, codes, x));
+    return rcpp_result_gen;
+END_RCPP
+}
+// network_save
+void network_save(Rcpp::List const& model, Rcpp::IntegerVector const& codes, std::string const& name);
+RcppExport SEXP _varnow_network_save(SEXP modelSEXP, SEXP codesSEXP, SEXP nameSEXP) {
+BEGIN_RCPP
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< Rcpp::List const& >::type model(modelSEXP);
+    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
+    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    network_save(model, codes, name);
+    return R_NilValue;
+END_RCPP
+}
 // ordering_order
 SEXP ordering_order(SEXP x, bool decreasing);
 RcppExport SEXP _varnow_ordering_order(SEXP xSEXP, SEXP decreasingSEXP) {
@@ -1175,6 +1222,9 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_linear_largest", (DL_FUNC) &_varnow_linear_largest, 2},
     {"_varnow_linear_fit", (DL_FUNC) &_varnow_linear_fit, 3},
     {"_varnow_linear_fit_plain", (DL_FUNC) &_varnow_linear_fit_plain, 2},
+    {"_varnow_network_train", (DL_FUNC) &_varnow_network_train, 12},
+    {"_varnow_network_values", (DL_FUNC) &_varnow_network_values, 3},
+    {"_varnow_network_save", (DL_FUNC) &_varnow_network_save, 3},
     {"_varnow_ordering_order", (DL_FUNC) &_varnow_ordering_order, 2},
     {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
     {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
