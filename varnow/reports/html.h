@@ -86,7 +86,8 @@ public:
 
     /// The whole page.
     Text page() const;
-    /// Writes `page` to dir + file, and dir + "varnow.css". - refuses: a file that cannot be written
+    /// Writes `page` to dir + file, and dir + "varnow.css". - refuses: a file that cannot be
+    /// written
     void save(Text const& dir, Text const& file) const;
 
 private:

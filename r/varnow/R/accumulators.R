@@ -37,7 +37,7 @@
 #' @param bins the number of its cells, of equal width
 #' @param p the probability of the quantile
 #' @param ... estimates made by `quantiles()`, all of the same p
-#' @param object,x such an object
+#' @param object such an object
 #' @return a reference object. Methods stop when the object comes from another session.
 #' @examples
 #' s <- simulation(-4, 4, 16)

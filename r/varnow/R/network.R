@@ -38,8 +38,9 @@ net_parts <- c("layers", "activ", "w1", "b1", "w2", "b2")
 #' @return an object of class `net` with the weights `w1`, `b1`, `w2`, `b2`, the `fitted.values` and,
 #'   for the `learning` and the `validation` set, the mean squared `error`, the correlation `corr` and
 #'   the accuracy ratio `AR` of values and target (missing where the target is not 0 and 1; negative
-#'   where high values go with 1, which counts as the bad outcome of a low score). `coef()` gives the weights, `summary()` the measures. `load_net()` gives a net without fitted values.
-#'   `save_net()` gives the name, invisibly.
+#'   where high values go with 1, which counts as the bad outcome of a low score). `coef()` gives the
+#'   weights, `summary()` the measures. `load_net()` gives a net without fitted values. `save_net()`
+#'   gives the name, invisibly.
 #' @examples
 #' set.seed(1)
 #' fit <- net(mpg ~ wt + hp, mtcars, hidden = 3, max_iter = 50)
@@ -185,9 +186,8 @@ check_net <- function(object) {
 #' @export
 print.net <- function(x, ...) {
   check_net(x)
-  cat("Network of ", nrow(x$w1), " inputs, ", ncol(x$w1), " hidden units (", activations[x$codes[1]],
-      ") and a ", activations[x$codes[2]], " output; ", sum(lengths(coef.net(x))), " weights\n",
-      sep = "")
+  cat("Network ", nrow(x$w1), "-", ncol(x$w1), "-1, ", activations[x$codes[1]], " and ",
+      activations[x$codes[2]], ", ", sum(lengths(coef.net(x))), " weights\n", sep = "")
   if (!is.null(x$learning)) print(summary.net(x))
   invisible(x)
 }

@@ -14,7 +14,7 @@ test_that("a net learns a curve that a line misses", {
   expect_equal(predict(fit, x[1:5, ]), by_hand(fit, x[1:5, ]))
   expect_identical(is.na(predict(fit, rbind(x[1, ], NA))), c(FALSE, TRUE))
   expect_identical(rownames(coef(fit)$w1), c("a", "b"))
-  expect_output(print(fit), "2 inputs, 6 hidden units \\(tanhyp\\) and a linear output; 25 weights")
+  expect_output(print(fit), "Network 2-6-1, tanhyp and linear, 25 weights")
   set.seed(4)
   one <- net(x, y, hidden = 2, max_iter = 5)
   set.seed(4)
