@@ -2,24 +2,28 @@
 #'
 #' `linreg()` regresses by sweeps of the sums of products, which is fast for many rows. There is no
 #' pivoting and no tolerance: variables that depend on each other are refused where a coefficient
-#' comes out infinite or missing, and lose digits without a word close to that.
+#' comes out infinite or missing; close to that, and very far from 0, digits are lost, with a warning
+#' when few are left.
 #'
-#' @param x a formula; or a numeric vector, matrix or data frame of variables
+#' @param x,formula a formula; or a numeric vector, matrix or data frame of variables
 #' @param y the target, as many numbers as `x` has rows
 #' @param data a data frame with the variables of the formula
+#' @param subset,na.action the rows that are taken, and what becomes of those with missing values, as
+#'   for [stats::lm()]
 #' @param intercept whether the model has an intercept; a formula tells by itself
 #' @param type `"quadratic"`: least squares; `"likelihood"`: for a target of 0 and 1, the linear value
 #'   being the probability of 1 (only with an intercept)
-#' @param ... for methods
+#' @param ... for methods; there are no weights
 #' @param object a model
-#' @param newdata new observations, as the model was given them; without them the fitted values
+#' @param newdata new observations, as the model was given them, columns of a matrix going by their
+#'   names where they have any; without them the fitted values
 #' @param digits digits shown
 #' @details Rows with a missing value are left out. Numbers beyond 1e150 are refused, since their
 #'   products overflow. The probabilities `p` of a larger ratio of coefficient and standard error are
 #'   taken from the normal distribution, however few observations there are.
 #' @return an object of class `linreg` with `coefficients`, `se`, `t`, `p`, `fitted.values`,
 #'   `residuals`, `df.residual`; `print()`, `summary()`, `predict()`, `vcov()`, `logLik()`, `AIC()`,
-#'   `confint()` and others work on it.
+#'   `confint()`, `update()` and others work on it.
 #' @examples
 #' fit <- linreg(dist ~ speed, cars)
 #' summary(fit)
@@ -30,10 +34,12 @@ linreg <- function(x, ...) UseMethod("linreg")
 
 #' @rdname linreg
 #' @export
-linreg.formula <- function(x, data = environment(x), type = c("quadratic", "likelihood"), ...) {
-  frame <- stats::model.frame(x, data, na.action = stats::na.omit)
+linreg.formula <- function(formula, data = environment(formula),
+                           type = c("quadratic", "likelihood"), subset = NULL,
+                           na.action = stats::na.omit, ...) {
+  no_others(...)
+  frame <- model_frame_of(match.call(), na.action, parent.frame())
   terms <- attr(frame, "terms")
-  if (!is.null(stats::model.offset(frame))) misused("x", "have no offset")
   design <- stats::model.matrix(terms, frame)
   intercept <- attr(terms, "intercept") == 1
   if (intercept) design <- design[, -1, drop = FALSE]
@@ -45,13 +51,14 @@ linreg.formula <- function(x, data = environment(x), type = c("quadratic", "like
   fit$xlevels <- stats::.getXlevels(terms, frame)
   fit$contrasts <- attr(design, "contrasts")
   fit$na.action <- attr(frame, "na.action")
-  fit$call <- match.call()
+  fit$call <- generic_call(match.call(), "linreg")
   fit
 }
 
 #' @rdname linreg
 #' @export
 linreg.default <- function(x, y, intercept = TRUE, type = c("quadratic", "likelihood"), ...) {
+  no_others(...)
   x <- as_matrix_arg(x)
   y <- as_matrix_arg(y)
   as_flag_arg(intercept)
@@ -64,7 +71,7 @@ linreg.default <- function(x, y, intercept = TRUE, type = c("quadratic", "likeli
   }
   fit <- linear_model(x, y, intercept, type)
   if (length(omitted)) fit$na.action <- structure(omitted, class = "omit")
-  fit$call <- match.call()
+  fit$call <- generic_call(match.call(), "linreg")
   fit
 }
 
@@ -89,6 +96,9 @@ linear_model <- function(x, y, intercept, type) {
            else misused("x", "have a column where there is no intercept")
   if (!all(is.finite(parts[[1]])))
     refuse("MATRIX", "lineqns_Gauss(matrix,matrix)", "macierz jest prawie osobliwa")
+  if (parts[[7]])
+    warning("the variables depend on each other or lie far from 0: few digits are right",
+            call. = FALSE)
   if (is.null(names)) names <- if (k) paste0("x", seq_len(k)) else character()
   # the library has the intercept last, R first
   order <- if (intercept) c(k + 1L, seq_len(k)) else seq_len(k)
@@ -97,7 +107,7 @@ linear_model <- function(x, y, intercept, type) {
   fitted <- stats::setNames(parts[[5]], rows)
   structure(list(coefficients = column(1), se = column(2), t = column(3), p = column(4),
                  fitted.values = fitted, residuals = stats::setNames(y[, 1] - parts[[5]], rows),
-                 df.residual = nrow(x) - length(order),
+                 df.residual = nrow(x) - length(order), deviance = sum((y[, 1] - parts[[5]])^2),
                  unscaled = matrix(parts[[6]][order, order], length(order),
                                    dimnames = list(names, names)),
                  intercept = intercept, type = type), class = "linreg")
@@ -140,20 +150,22 @@ print.summary.linreg <- function(x, digits = max(3L, getOption("digits") - 3L), 
 #' @rdname linreg
 #' @export
 predict.linreg <- function(object, newdata = NULL, ...) {
-  if (is.null(newdata)) return(object$fitted.values)
+  no_others(...)
+  if (is.null(newdata)) return(stats::napredict(object$na.action, object$fitted.values))
   if (is.null(object$terms)) {
-    x <- as_matrix_arg(newdata)
-    if (ncol(x) != length(object$coefficients) - object$intercept)
-      refuse("MATRIX", "matrix mul(matrix,matrix)", "niezgodne wymiary macierzy")
+    names <- names(object$coefficients)
+    x <- new_columns(newdata, if (object$intercept) names[-1] else names)
     if (object$intercept) x <- cbind(1, x)
   } else {
-    if (!is.data.frame(newdata)) misused("newdata", "be a data frame")
-    terms <- stats::delete.response(object$terms)
-    frame <- stats::model.frame(terms, newdata, na.action = stats::na.pass, xlev = object$xlevels)
-    x <- stats::model.matrix(terms, frame, contrasts.arg = object$contrasts)
+    x <- new_design(object, newdata)
   }
   stats::setNames(as.vector(x %*% object$coefficients), rownames(x))
 }
+
+#' @rdname linreg
+#' @importFrom stats formula
+#' @export
+formula.linreg <- function(x, ...) formula_of(x)
 
 #' @rdname linreg
 #' @export

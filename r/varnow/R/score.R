@@ -23,16 +23,18 @@ ridge_of <- function(method) if (method == "logistic_par1") 0 else 0.1
 #' @param eps the conjugate searches end when no parameter moves by more, which are those of uncorrelated
 #'   columns of deviation 1; the steps behind them make it a matter of time and not of digits
 #' @param threads number of threads of the conjugate searches
-#' @param na.action what becomes of rows with missing values, as for [stats::glm()]
+#' @param subset,na.action the rows that are taken, and what becomes of those with missing values, as
+#'   for [stats::glm()]
 #' @param contrasts for factors, as for [stats::glm()]
 #' @param object a score model
-#' @param newdata new observations, as the model was given them
+#' @param newdata new observations, as the model was given them; columns of a matrix go by their names
+#'   where they have any
 #' @param type of a prediction: the probability (`"response"`), its log-odds (`"link"`), or the score
 #'   from 0, the highest probability, to 1000 (`"score"`); of residuals as for [stats::glm()]
 #' @param digits digits shown
 #' @param which the curves to be drawn, of the model's own observations, see [plot_cap()]
 #' @param p probabilities, in any shape
-#' @param ... for methods; graphical parameters of `plot()`
+#' @param ... for methods; graphical parameters of `plot()`; there are no weights
 #' @details Columns are brought to mean 0 and deviation 1 and made uncorrelated for the search, and the
 #'   coefficients are those of the columns as they were. A model has an intercept; columns of one
 #'   value, and columns that depend on those before them, have no coefficient (`NA`).
@@ -50,7 +52,8 @@ ridge_of <- function(method) if (method == "logistic_par1") 0 else 0.1
 #'   `"logistic_par2"` takes its place. A fit that stops farther than a thousandth of a standard error
 #'   from the optimum warns.
 #' @return an object of class `score_model`. `print()`, `summary()`, `coef()`, `vcov()`, `confint()`,
-#'   `predict()`, `fitted()`, `residuals()`, `logLik()`, `AIC()`, `nobs()` and `plot()` work on it.
+#'   `predict()`, `fitted()`, `residuals()`, `logLik()`, `AIC()`, `deviance()`, `nobs()`,
+#'   `update()` and `plot()` work on it.
 #'   Predictions are missing where `newdata` is. `summary()` also tells the accuracy ratio and the
 #'   Kolmogorov-Smirnov distance, see [AR()], of the model's own observations. `lm_score()`: the score
 #'   of each probability, `round(1000 (1 - p))`.
@@ -68,21 +71,22 @@ score_model <- function(x, ...) UseMethod("score_model")
 #' @rdname score_model
 #' @export
 score_model.formula <- function(formula, data = environment(formula), method = score_methods,
-                                eps = 1e-5, threads = 1, na.action = stats::na.omit,
-                                contrasts = NULL, ...) {
-  frame <- stats::model.frame(formula, data, na.action = na.action)
-  if (!is.null(stats::model.offset(frame))) misused("formula", "have no offset")
+                                eps = 1e-5, threads = 1, subset = NULL,
+                                na.action = stats::na.omit, contrasts = NULL, ...) {
+  no_others(...)
+  frame <- model_frame_of(match.call(), na.action, parent.frame())
   if (attr(attr(frame, "terms"), "intercept") != 1) misused("formula", "leave the intercept in")
   y <- stats::model.response(frame)
   if (is.null(y)) misused("formula", "have a response")
   framed_model(frame, as_event(y, "the response"), contrasts, score_options(method, eps, threads),
-               generic_call(match.call()))
+               generic_call(match.call(), "score_model"))
 }
 
 #' @rdname score_model
 #' @export
 score_model.default <- function(x, y, method = score_methods, eps = 1e-5, threads = 1, ...) {
-  call <- generic_call(match.call())
+  no_others(...)
+  call <- generic_call(match.call(), "score_model")
   options <- score_options(method, eps, threads)
   as_rows <- is.data.frame(x) && ncol(x) > 0
   if (!as_rows) x <- as_matrix_arg(x)
@@ -105,12 +109,6 @@ score_model.default <- function(x, y, method = score_methods, eps = 1e-5, thread
   }
   fit$na.action <- omitted
   fit
-}
-
-# As the user wrote it, so that update() can repeat it.
-generic_call <- function(call) {
-  call[[1]] <- quote(score_model)
-  call
 }
 
 score_options <- function(method, eps, threads) {
@@ -166,7 +164,8 @@ fitted_model <- function(x, event, options, call) {
   fit$linear.predictors <- if (is.null(fit$curve)) stats::setNames(fit$linear, observations)
   fit$linear <- NULL
   structure(c(fit, list(fitted.values = fitted, y = as.vector(y), event = event$name,
-                        method = options$method, variables = ncol(x), call = call)),
+                        method = options$method, columns = names, call = call,
+                        df.residual = length(y) - sum(!is.na(fit$coefficients)))),
             class = "score_model")
 }
 
@@ -286,6 +285,7 @@ vcov.score_model <- function(object, ...) {
 #' @importFrom stats predict
 #' @export
 predict.score_model <- function(object, newdata = NULL, type = c("response", "link", "score"), ...) {
+  no_others(...)
   type <- as_choice_arg(type, c("response", "link", "score"))
   if (is.null(newdata)) {
     p <- if (type == "link" && is.null(object$curve)) object$linear.predictors else object$fitted.values
@@ -309,18 +309,8 @@ predict.score_model <- function(object, newdata = NULL, type = c("response", "li
 }
 
 new_variables <- function(object, newdata) {
-  if (is.null(object$terms)) {
-    x <- as_matrix_arg(newdata)
-    if (ncol(x) != object$variables)
-      refuse("MATRIX", "matrix mul(matrix,matrix)", "niezgodne wymiary macierzy")
-    return(x)
-  }
-  if (!is.data.frame(newdata)) misused("newdata", "be a data frame")
-  if (attr(object$terms, "response") == 0)
-    names(newdata) <- make.names(names(newdata), unique = TRUE)
-  terms <- stats::delete.response(object$terms)
-  frame <- stats::model.frame(terms, newdata, na.action = stats::na.pass, xlev = object$xlevels)
-  stats::model.matrix(terms, frame, contrasts.arg = object$contrasts)[, -1, drop = FALSE]
+  if (is.null(object$terms)) return(new_columns(newdata, object$columns))
+  new_design(object, newdata)[, -1, drop = FALSE]
 }
 
 #' @rdname score_model
@@ -341,6 +331,18 @@ residuals.score_model <- function(object, type = c("deviance", "pearson", "respo
               deviance = sign(y - p) * sqrt(2 * pmax(lost(y, p) + lost(1 - y, 1 - p), 0)))
   stats::naresid(object$na.action, stats::setNames(r, names(p)))
 }
+
+#' @rdname score_model
+#' @importFrom stats deviance
+#' @export
+deviance.score_model <- function(object, ...) {
+  object$na.action <- NULL
+  sum(residuals.score_model(object)^2)
+}
+
+#' @rdname score_model
+#' @export
+formula.score_model <- function(x, ...) formula_of(x)
 
 #' @rdname score_model
 #' @importFrom stats logLik

@@ -35,6 +35,28 @@ test_that("matrices serve as well as formulas", {
   expect_equal(nobs(linreg(c(1, 2, NA, 4), c(2, 1, 4, NA))), 2)
 })
 
+test_that("calls can be repeated, and slips are told", {
+  cut <- 100
+  data <- transform(mtcars, wt = ifelse(hp == 110, NA, wt), kind = factor(gear))
+  fit <- linreg(mpg ~ wt, data, subset = hp > cut, na.action = na.exclude)
+  by_r <- lm(mpg ~ wt, data, subset = hp > cut, na.action = na.exclude)
+  expect_equal(formula(fit), formula(by_r))
+  expect_equal(predict(fit), predict(by_r))
+  expect_equal(deviance(fit), deviance(by_r))
+  # a level that no row has left
+  expect_equal(coef(update(fit, . ~ . + kind, subset = gear < 5)),
+               coef(update(by_r, . ~ . + kind, subset = gear < 5)))
+  expect_error(linreg(mpg ~ wt, data, weights = hp), "no such argument: weights = hp")
+  expect_error(linreg(1:3, c(1, 2, 4), data = cars), "data = cars")
+  expect_error(predict(fit, data, interval = "confidence"), "interval")
+  expect_error(predict(fit, data.frame(wt = "a")), "fitted with type")
+  x <- as.matrix(mtcars[c("wt", "hp")])
+  expect_equal(predict(linreg(x, mtcars$mpg), mtcars[3:1, ]), fitted(lm(mtcars$mpg ~ x))[3:1],
+               ignore_attr = TRUE)
+  expect_warning(linreg(1e7 + x[, 1], mtcars$mpg), "few digits")
+  expect_warning(linreg(mpg ~ wt + gear + kind, transform(mtcars, kind = factor(gear))), "few digits")
+})
+
 test_that("the likelihood of a linear probability has no slope at its maximum", {
   y <- rep(c(0, 1, 0, 1, 1), 40)
   x <- rep(c(0, 0, 1, 1, 1), 40)

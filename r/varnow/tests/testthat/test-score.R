@@ -112,6 +112,21 @@ test_that("a response curve is a model of one variable", {
   expect_error(score_model(numbers, credit, method = "f_C"), "one variable")
 })
 
+test_that("calls can be repeated, and slips are told", {
+  model <- score_model(am ~ wt, mtcars, "logistic_par1", subset = hp > 60)
+  by_r <- glm(am ~ wt, binomial, mtcars, subset = hp > 60)
+  expect_equal(formula(model), formula(by_r))
+  expect_equal(coef(update(model, . ~ 1)), coef(update(by_r, . ~ 1)), tolerance = 1e-7)
+  expect_equal(c(deviance(model), df.residual(model), BIC(model)),
+               c(deviance(by_r), df.residual(by_r), BIC(by_r)), tolerance = 1e-7)
+  expect_error(score_model(am ~ wt, mtcars, weights = hp), "weights")
+  expect_error(predict(model, mtcars, se.fit = TRUE), "se.fit")
+  x <- mtcars[c("wt", "hp")]
+  for (by_columns in list(score_model(x, mtcars$am), score_model(as.matrix(x), mtcars$am)))
+    for (new in list(mtcars, as.matrix(mtcars)))
+      expect_equal(predict(by_columns, new), fitted(by_columns))
+})
+
 test_that("what cannot be fitted is told", {
   x <- c(1:10, 21:30)
   y <- rep(0:1, each = 10)
