@@ -149,6 +149,10 @@ files_look <- function(file, sep, quotes, header) {
     .Call(`_varnow_files_look`, file, sep, quotes, header)
 }
 
+files_regular <- function(file) {
+    .Call(`_varnow_files_regular`, file)
+}
+
 files_read_frame <- function(file, sep, header, row_names, quotes, show, dec, na, as_text) {
     .Call(`_varnow_files_read_frame`, file, sep, header, row_names, quotes, show, dec, na, as_text)
 }

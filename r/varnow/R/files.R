@@ -22,7 +22,8 @@ as_decimal_arg <- function(dec, sep) {
 #'
 #' The writer puts the file in its place when it is whole. The reader refuses lines with different
 #' numbers of fields and fields of more than 255 characters. A quote is dropped wherever it stands;
-#' it does not protect a separator.
+#' it does not protect a separator. The library takes the byte 0xFF for the end of a file; the reader
+#' warns. Only regular files are read and replaced.
 #'
 #' @param file name of the file
 #' @param sep the character between fields
@@ -65,7 +66,7 @@ read_delimited <- function(file, sep = "\t", header = TRUE, row_names = FALSE, q
   unreadable <- function(why) refuse(if (as == "matrix") "MATRIX" else "TABLE",
                                      "int readtxt(char *)", why, paste0("plik: ", file))
   path <- path.expand(file)
-  if (!file.exists(path) || dir.exists(path) || file.access(path, 4) != 0)
+  if (!files_regular(path) || file.access(path, 4) != 0)
     unreadable("nieudane otwarcie pliku do odczytu")
   if (gz) {
     plain <- tempfile("varnow")
@@ -75,6 +76,7 @@ read_delimited <- function(file, sep = "\t", header = TRUE, row_names = FALSE, q
   }
   look <- files_look(path, sep, quotes, header)
   if (nzchar(look[[1]])) unreadable(look[[1]])
+  if (look[[3]]) warning("reading ends at a byte 0xFF of `file`", call. = FALSE)
   if (look[[2]]) {
     # the library counts lines by their ends
     if (!gz) {
@@ -120,14 +122,16 @@ write_delimited <- function(x, file, sep = "\t", header = TRUE, row_names = FALS
   as_separator_arg(sep)
   for (flag in c("header", "row_names", "quotes", "gz", "progress")) as_flag_arg(get(flag), flag)
   as_decimal_arg(dec, sep)
-  draft <- tempfile(paste0("_", basename(file)), dirname(path.expand(file)))
+  # behind a link; devices and the like are not to be replaced
+  path <- if (files_regular(path.expand(file))) normalizePath(file) else path.expand(file)
+  draft <- tempfile(paste0("_", basename(path)), dirname(path))
   drafts <- c(draft, paste0(draft, ".gz"))
   on.exit(unlink(drafts))
-  done <- dir.exists(dirname(draft)) && !dir.exists(path.expand(file)) &&
+  done <- dir.exists(dirname(draft)) && (files_regular(path) || !file.exists(path)) &&
     suppressWarnings(write_draft(x, draft, sep, header, row_names, quotes, dec, encoding,
                                  progress)) &&
     (!gz || files_gzip(draft, drafts[2])) &&
-    suppressWarnings(file.rename(drafts[1 + gz], path.expand(file)))
+    suppressWarnings(file.rename(drafts[1 + gz], path))
   if (!done)
     refuse(if (is.data.frame(x)) "TABLE" else "MATRIX", "int writetxt(char *)",
            "nieudane otwarcie pliku do zapisu", paste0("plik: ", file))

@@ -454,6 +454,17 @@ BEGIN_RCPP
     return rcpp_result_gen;
 END_RCPP
 }
+// files_regular
+bool files_regular(std::string const& file);
+RcppExport SEXP _varnow_files_regular(SEXP fileSEXP) {
+BEGIN_RCPP
+    Rcpp::RObject rcpp_result_gen;
+    Rcpp::RNGScope rcpp_rngScope_gen;
+    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    rcpp_result_gen = Rcpp::wrap(files_regular(file));
+    return rcpp_result_gen;
+END_RCPP
+}
 // files_read_frame
 Rcpp::List files_read_frame(std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show, std::string const& dec, Rcpp::CharacterVector const& na, Rcpp::RObject const& as_text);
 RcppExport SEXP _varnow_files_read_frame(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP, SEXP decSEXP, SEXP naSEXP, SEXP as_textSEXP) {
@@ -1208,6 +1219,7 @@ static const R_CallMethodDef CallEntries[] = {
     {"_varnow_discrimination_area", (DL_FUNC) &_varnow_discrimination_area, 2},
     {"_varnow_discrimination_level", (DL_FUNC) &_varnow_discrimination_level, 2},
     {"_varnow_files_look", (DL_FUNC) &_varnow_files_look, 4},
+    {"_varnow_files_regular", (DL_FUNC) &_varnow_files_regular, 1},
     {"_varnow_files_read_frame", (DL_FUNC) &_varnow_files_read_frame, 9},
     {"_varnow_files_read_matrix", (DL_FUNC) &_varnow_files_read_matrix, 6},
     {"_varnow_files_write_matrix", (DL_FUNC) &_varnow_files_write_matrix, 8},

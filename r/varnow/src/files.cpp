@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -18,18 +21,24 @@ struct closer
 using file_handle = std::unique_ptr<std::FILE, closer>;
 
 // What counts as a number in a column of a data frame: signs, digits, one point and an exponent, or
-// R's infinity.
+// R's words, with blanks around.
 bool is_number(char const* p, char dec, bool& whole)
 {
+    auto ended = [&p] {
+        while (*p == ' ') ++p;
+        return *p == 0;
+    };
+    while (*p == ' ') ++p;
     auto digits = [&p] {
         char const* const first = p;
         while (*p >= '0' && *p <= '9') ++p;
         return p - first;
     };
     if (*p == '-' || *p == '+') ++p;
-    if (std::strcmp(p, "Inf") == 0) {
+    if (std::strncmp(p, "Inf", 3) == 0 || std::strncmp(p, "NaN", 3) == 0) {
         whole = false;
-        return true;
+        p += 3;
+        return ended();
     }
     auto n = digits();
     whole = n <= 9;
@@ -45,7 +54,7 @@ bool is_number(char const* p, char dec, bool& whole)
         if (*p == '-' || *p == '+') ++p;
         if (digits() == 0) return false;
     }
-    return *p == 0;
+    return ended();
 }
 
 // One column of a table as R's vector: whole numbers, numbers, logical values or texts, whichever
@@ -114,6 +123,13 @@ private:
     Rcpp::CharacterVector const& na_;
     char const dec_;
 };
+
+// Some programs put a byte order mark before the first name.
+template <class X> void drop_mark(X& x)
+{
+    if (x.cols > 0 && std::strncmp(x.cnames[0].str, "\xEF\xBB\xBF", 3) == 0)
+        x.cnames[0] = std::string(x.cnames[0].str + 3).c_str();
+}
 
 std::vector<char> readable(std::FILE* f)
 {
@@ -196,13 +212,13 @@ void print(double x, char dec, char (&to)[32])
 
 } // namespace
 
-// What readtxt would refuse, in its words, or the empty text; and whether the last line lacks its
-// end. Reading stops at a byte 0xFF, as there.
+// What readtxt would refuse, in its words, or the empty text; whether the last line lacks its end;
+// and whether a byte 0xFF ends the reading, as there.
 // [[Rcpp::export]]
 Rcpp::List files_look(std::string const& file, std::string const& sep, bool quotes, bool header)
 {
     file_handle const f(std::fopen(file.c_str(), "rb"));
-    if (!f) return Rcpp::List::create("nieudane otwarcie pliku do odczytu", false);
+    if (!f) return Rcpp::List::create("nieudane otwarcie pliku do odczytu", false, false);
     char const separator = sep[0];
     long line = 1, separators = 0, expected = -1, length = 0, too_long = 0;
     bool open = false, ended = false;
@@ -221,20 +237,27 @@ Rcpp::List files_look(std::string const& file, std::string const& sep, bool quot
             if (expected < 0) expected = separators;
             if (separators != expected)
                 return Rcpp::List::create(
-                    "zmienna liczba elementow w wierszu: " + std::to_string(line), false);
+                    "zmienna liczba elementow w wierszu: " + std::to_string(line), false, false);
             separators = 0;
             ++line;
         }
     if (std::ferror(f.get()))
-        return Rcpp::List::create("nieudane otwarcie pliku do odczytu", false);
+        return Rcpp::List::create("nieudane otwarcie pliku do odczytu", false, false);
     if (open && expected >= 0 && separators != expected)
         return Rcpp::List::create("zmienna liczba elementow w wierszu: " + std::to_string(line),
-                                  false);
+                                  false, false);
     if (too_long)
         return Rcpp::List::create(header && too_long == 1 ? "nazwa kolumny ma zbyt wiele znakow"
                                                           : "tekst ma zbyt wiele znakow",
-                                  false);
-    return Rcpp::List::create("", open);
+                                  false, false);
+    return Rcpp::List::create("", open, ended);
+}
+
+// [[Rcpp::export]]
+bool files_regular(std::string const& file)
+{
+    std::error_code failure;
+    return std::filesystem::is_regular_file(file, failure);
 }
 
 // [[Rcpp::export]]
@@ -245,6 +268,7 @@ Rcpp::List files_read_frame(std::string const& file, std::string const& sep, boo
     varnow::table t;
     if (t.readtxt(file.c_str(), show, row_names, header, quotes, sep[0], 0) != 0)
         Rcpp::stop("`file` could not be read");
+    drop_mark(t);
     Rcpp::CharacterVector const names = texts_of(t.cnames, t.cols);
     bool const all_text = Rcpp::is<bool>(as_text) && Rcpp::as<bool>(as_text);
     std::vector<std::string> text_columns;
@@ -267,7 +291,11 @@ Rcpp::NumericMatrix files_read_matrix(std::string const& file, std::string const
     varnow::matrix m;
     if (m.readtxt(file.c_str(), show, row_names, header, quotes, sep[0], 0) != 0)
         Rcpp::stop("`file` could not be read");
-    return matrix_result(m);
+    drop_mark(m);
+    Rcpp::NumericMatrix r = matrix_result(m);
+    for (double& number : r)
+        if (std::isnan(number)) number = NA_REAL;
+    return r;
 }
 
 // [[Rcpp::export]]

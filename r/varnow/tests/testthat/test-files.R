@@ -15,6 +15,10 @@ test_that("columns get the type of all their fields", {
   expect_identical(vapply(read_delimited(file, ";", text = TRUE), typeof, ""),
                    c(w = "character", x = "character", d = "character", l = "character",
                      t = "character", e = "character", m = "character"))
+  expect_identical(read_delimited(lines_file("\xef\xbb\xbfa;b\n 1;NaN\n2 ;-Inf \n1 2; \n"), ";"),
+                   data.frame(a = c(" 1", "2 ", "1 2"), b = c("NaN", "-Inf ", " ")))
+  expect_identical(read_delimited(lines_file("\xef\xbb\xbfa;b\n 1;NaN\n2 ;-Inf \n"), ";"),
+                   data.frame(a = 1:2, b = c(NaN, -Inf)))
   comma <- lines_file("\"r 1\"\t1,5\nr2\t2\n")
   expect_identical(read_delimited(comma, header = FALSE, row_names = TRUE, dec = ","),
                    data.frame(V1 = c(1.5, 2), row.names = c("r 1", "r2")))
@@ -65,6 +69,7 @@ test_that("bad files and misuse are errors of R", {
   reads(readable, tempfile())
   reads(readable, tempdir())
   reads(readable, lines_file("no gzip"), gz = TRUE)
+  expect_warning(read_delimited(lines_file("a\n1\n", "\xff", "2\n")), "0xFF")
   reads("zmienna liczba elementow w wierszu: 3", lines_file("a\tb\n1\t2\n3\n"))
   reads("zmienna liczba elementow w wierszu: 3", lines_file("a\tb\n1\t2\n3"))
   long <- strrep("x", 256)
@@ -79,6 +84,20 @@ test_that("what just fits is read", {
   long <- strrep("x", 255)
   expect_identical(read_delimited(lines_file("\"", long, "\"\r\n\"", long, "\"\r\n")),
                    structure(data.frame(long), names = long))
+})
+
+test_that("links are followed, and what is no file is left alone", {
+  skip_on_os("windows")
+  file <- lines_file("")
+  link <- tempfile()
+  file.symlink(file, link)
+  write_delimited(cars, link)
+  expect_equal(read_delimited(file), cars)
+  expect_identical(Sys.readlink(link), file)
+  queue <- tempfile()
+  system2("mkfifo", queue)
+  expect_error(read_delimited(queue), class = "varnow_refusal")
+  expect_error(write_delimited(cars, queue), class = "varnow_refusal")
 })
 
 test_that("writing fails as an error of R", {
