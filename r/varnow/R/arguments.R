@@ -88,6 +88,7 @@ as_number_arg <- function(x, what = deparse1(substitute(x)), from = -Inf, to = I
 
 as_whole_arg <- function(x, what = deparse1(substitute(x)), from = -.Machine$integer.max,
                          to = .Machine$integer.max) {
+  force(what) # before x is another
   x <- as_number_arg(x, what, from, to)
   if (x != trunc(x)) misused(what, "be a whole number")
   as.integer(x)

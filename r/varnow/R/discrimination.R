@@ -2,7 +2,7 @@
 # with a missing value are left out, or give NULL.
 score_and_flag <- function(x, y, na.rm, class = "MATRIX", routine = NULL, names = FALSE) {
   x <- as_matrix_arg(x)
-  y <- as_matrix_arg(y)
+  y <- if (is.factor(y)) as_event(y, "y")$y else as_matrix_arg(y)
   as_flag_arg(na.rm)
   if (any(dim(x) != dim(y)))
     refuse("MATRIX", "sort(matrix,matrix,Direction,int)", "wektory maja niezgodne wymiary")
@@ -39,7 +39,7 @@ score_and_flag_whole <- function(x, y, na.rm, ...) {
 #'
 #' @param x the score: a numeric vector
 #' @param y the flag of each observation, 1 or `TRUE` for a bad one and 0 for a good one; fractions
-#'   serve
+#'   serve, and a factor of two levels, of which the second is the bad one
 #' @param range share of the population, from the lowest score up, over which areas are taken
 #' @param ideal whether the ideal curve follows from the number of the bad; otherwise it is the best
 #'   that the values of `y` allow, which differs for fractions

@@ -65,7 +65,7 @@ pivot <- function(x, y = NULL, z = NULL) {
 #' @rdname pivot
 #' @export
 level_values <- function(x) {
-  if (is.data.frame(x) || (is.matrix(x) && ncol(x) > 1))
+  if ((is.data.frame(x) || is.matrix(x)) && ncol(x) != 1)
     refuse("TABLE", "table levels(data)", "oczekiwana kolumna danych")
   as_keys(x, NULL, NULL)[[1]]$levels
 }
@@ -73,7 +73,8 @@ level_values <- function(x) {
 #' Intervals of numbers
 #'
 #' @param x a numeric vector, or a matrix or data frame of one column
-#' @param breaks ascending numbers that part the intervals; the outer ones are open to infinity
+#' @param breaks ascending numbers that part the intervals; the outer ones are open to infinity, which
+#'   may stand among the breaks or not
 #' @param right whether an interval holds its upper bound, and not its lower one
 #' @param ordered whether the factor is an ordered one, which [pivot()] and [group_summary()] take in
 #'   the order of its levels and not of their labels
@@ -93,7 +94,7 @@ cut_intervals <- function(x, breaks, right = TRUE, ordered = FALSE) {
   if (!is.numeric(breaks)) misused("breaks", "be numeric")
   if (!is.null(dim(breaks)) && !(length(dim(breaks)) == 2 && 1 %in% dim(breaks)))
     refuse("TABLE", routine, "oczekiwany wektor definiujacy przedzialy")
-  breaks <- as.double(breaks)
+  breaks <- as.double(breaks[!is.infinite(breaks)])
   if (!length(breaks))
     refuse("TABLE", routine, "potrzebna przynajmniej jedna granica przedzialow")
   if (anyNA(breaks) || is.unsorted(breaks)) misused("breaks", "be ascending, without missing values")
@@ -106,7 +107,8 @@ cut_intervals <- function(x, breaks, right = TRUE, ordered = FALSE) {
 #'
 #' @param data a data frame
 #' @param by names of the columns that make the groups; with none all rows are one group
-#' @param ... `name = statistic(column)`: the name of a result, one of the statistics of
+#' @param ... `name = statistic(column)`: the name of a result (but not `d` or `b`, which R takes for
+#'   the first letters of `data` and `by`), one of the statistics of
 #'   [column_statistics()] or any function that makes one number of a vector, and a numeric column
 #' @param na.rm whether missing values of the columns are left out first
 #' @return a data frame with a row for each combination of keys that occurs, the first key varying
@@ -130,8 +132,9 @@ group_summary <- function(data, by = character(), ..., na.rm = FALSE) {
   result <- lapply(by, function(key) data[[key]][first])
   names(result) <- by
   for (k in seq_along(formulas))
-    result[[formula_name(formulas, k)]] <-
-      group_column(formulas[[k]], formula_name(formulas, k), data, groups, na.rm, caller)
+    result <- c(result, stats::setNames(list(
+      group_column(formulas[[k]], formula_name(formulas, k), data, groups, na.rm, caller)),
+      formula_name(formulas, k)))
   as_frame(result, rows = length(groups))
 }
 

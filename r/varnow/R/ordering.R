@@ -27,7 +27,7 @@ as_sortable_args <- function(x, y, routine) {
 #' Texts are ordered by their bytes, of which those above ASCII stand first, whatever the locale. The
 #' sort is one fixed quicksort: the order among equal values is always the same, but not that of
 #' their places. Missing numbers are below nothing and stay where the sort leaves them; a missing
-#' text is empty and stands first.
+#' text is empty and stands first, and so does a missing date or time.
 #'
 #' @param x a vector of numbers or texts; a factor counts as its labels. For `sort_rows()` a data
 #'   frame or a matrix
@@ -48,6 +48,10 @@ sort_values <- function(x, decreasing = FALSE) {
 #' @export
 order_values <- function(x, decreasing = FALSE) {
   as_flag_arg(decreasing)
+  if (inherits(x, c("Date", "POSIXct", "difftime"))) {
+    x <- as.double(x)
+    x[is.na(x)] <- -Inf
+  }
   ordering_order(as_sortable_arg(x, "x", of_cells("Vector order(_data_,Direction)")), decreasing)
 }
 

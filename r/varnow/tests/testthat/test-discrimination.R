@@ -65,6 +65,11 @@ test_that("curves are drawn", {
   expect_error(plot_cap(1:2, c(0, 0)), "good and bad")
 })
 
+test_that("a factor tells the bad by its second level", {
+  bad <- c(1, 0, 1, 0, 0)
+  expect_identical(KS_xy(5:1, factor(bad, labels = c("paid", "a default"))), KS_xy(5:1, bad))
+})
+
 test_that("misuse is an error of R", {
   row <- matrix(1:3, 1)
   routines <- list(AR = "double AR(matrix,matrix,double,int,int,int)", KS = "double KS(matrix,matrix)",

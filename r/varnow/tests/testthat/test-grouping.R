@@ -3,6 +3,7 @@ test_that("levels and frequencies have the library's order and every combination
   expect_identical(level_values(c(10, 9, NA, 0.1234567891)), c(NA, 0.1234567891, 9, 10))
   expect_identical(level_values(as.Date(c("2024-02-29", "1999-01-01"))),
                    as.Date(c("1999-01-01", "2024-02-29")))
+  expect_identical(level_values(iris["Species"]), levels(iris$Species))
   p <- pivot(mtcars[c("gear", "cyl")])
   by_r <- as.data.frame(table(cyl = mtcars$cyl, gear = mtcars$gear))
   expect_identical(p, data.frame(gear = rep(c(3, 4, 5), each = 3), cyl = rep(c(4, 6, 8), 3),
@@ -21,6 +22,7 @@ test_that("intervals become a factor in their order", {
                             "(-Inf,5.00]"), c("(-Inf,5.00]", "(5.00,10.00]", "(10.00,Inf]")))
   expect_identical(as.integer(cut_intervals(x, c(5, 10), right = FALSE)), c(3L, 2L, NA, 3L, 2L, 1L))
   expect_identical(nlevels(cut_intervals(x, c(5, 5.001))), 3L)
+  expect_identical(cut_intervals(x, c(-Inf, 5, 10, Inf)), cut_intervals(x, c(5, 10)))
   wide <- cut_intervals(c(7, 15, NA), c(5, 10), ordered = TRUE)
   expect_identical(pivot(wide), data.frame(VAR = wide[c(3, 1, 2)], COUNT = c(1L, 1L, 1L)))
 })
@@ -33,6 +35,8 @@ test_that("groups have exact statistics, types of keys, and R's functions too", 
   own <- function(v) length(v) + 0.5
   expect_identical(group_summary(x, "d", all = own(v), na = own(v), na.rm = TRUE)$all, c(1.5, 2.5))
   expect_identical(group_summary(x, s = sum(d)), data.frame(s = 38))
+  expect_identical(names(group_summary(x, "k", k = mean(d), m = max(v), m = min(v))),
+                   c("k", "k", "m", "m"))
   big <- aggregate(mpg ~ cyl + gear, mtcars, mean)
   expect_equal(group_summary(mtcars, c("cyl", "gear"), mpg = mean(mpg)), big)
 })

@@ -3,6 +3,10 @@ test_that("sorting follows the library and carries names and rows", {
   expect_identical(order_values(c(2L, 1L, 3L), decreasing = TRUE), c(3L, 1L, 2L))
   expect_identical(sort_values(c("b", NA, "B", "\u017c")), c(NA, "\u017c", "B", "b"))
   expect_identical(sort_values(factor(c("u", "v"), c("v", "u"))), factor(c("u", "v"), c("v", "u")))
+  expect_identical(order_values(as.difftime(c(10, 9, NA), units = "mins")), 3:1)
+  two_hours_of_2 <- structure(1698538200 + c(3000, 0, 3600), class = c("POSIXct", "POSIXt"),
+                              tzone = "Europe/Warsaw")
+  expect_identical(order_values(two_hours_of_2), c(2L, 1L, 3L))
   expect_setequal(order_values(c(NA, 2, NaN, 1)), 1:4)
   expect_identical(order_values(numeric()), integer())
   expect_identical(sort_rows(cars, "dist", TRUE)[1:2, ], cars[c(49, 48), ])
@@ -60,6 +64,7 @@ test_that("misuse is an error of R", {
   expect_refusal(sort_rows(two, 3), "MATRIX", "sort(int,Direction,int)",
                  "numer kolumny poza zakresem")
   expect_misuse(sort_rows, list(NULL, 1, "a", list()), by = 1)
+  expect_error(sort_rows(cars, by = 1.5), "`by`")
   expect_misuse(function(by) sort_rows(cars, by), list(NULL, NA, 1.5, c("speed", "dist"), list()))
   expect_misuse(function(nomatch) match_values(1, 1, nomatch = nomatch), list(NULL, "a", 1:2))
 })
