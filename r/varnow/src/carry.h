@@ -5,6 +5,8 @@
 #include <varnow/rbridge/conversions.h>
 #include <varnow/varnow.h>
 
+#include <future>
+
 // A numeric matrix with its row and column names.
 varnow::matrix matrix_arg(Rcpp::NumericMatrix const& x);
 // The same back; a dimension without any name has no names in R either.
@@ -20,3 +22,11 @@ Rcpp::IntegerVector vector_result(varnow::Vector const& x);
 // A statistic of columns by the name that R users write; null for any other name.
 using statistic = varnow::matrix (*)(varnow::matrix const&);
 statistic statistic_named(std::string const& name);
+
+// Calls f, which sees nothing of R, in a thread of its own. The library's helping threads belong to
+// the thread that called for them, and a fork of R, as parallel::mclapply() makes them, would wait
+// for those of its parent for ever.
+template <class F> auto apart(F f)
+{
+    return std::async(std::launch::async, f).get();
+}

@@ -64,10 +64,13 @@ Rcpp::List curves_fit(std::string const& name, Rcpp::NumericVector const& x,
     varnow::matrix const X = column(x), target = column(y);
     varnow::matrix par = column(start);
     auto const measure = static_cast<varnow::EsType>(type);
-    varnow::fitx(X, target, c.f, c.df, par, tol, static_cast<varnow::EsSpeed>(speed), measure,
-                 varnow::BFGS);
+    double const error = apart([&] {
+        varnow::fitx(X, target, c.f, c.df, par, tol, static_cast<varnow::EsSpeed>(speed), measure,
+                     varnow::BFGS);
+        return varnow::err_fit(X, target, c.f, par, measure);
+    });
     return Rcpp::List::create(Rcpp::Named("par") = varnow::rvector(par),
-                              Rcpp::Named("error") = varnow::err_fit(X, target, c.f, par, measure));
+                              Rcpp::Named("error") = error);
 }
 
 // [[Rcpp::export]]

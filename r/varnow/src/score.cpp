@@ -50,8 +50,8 @@ varnow::matrix estimate(varnow::matrix const& X, varnow::matrix const& y, std::s
                         int threads, double eps)
 {
     if (method == "logistic_par1") return varnow::logistic_par1(X, y);
-    if (method == "logistic_par2") return varnow::logistic_par2(X, y, threads, eps);
-    return varnow::logistic_par(X, y, threads, eps);
+    auto const search = method == "logistic_par2" ? varnow::logistic_par2 : varnow::logistic_par;
+    return apart([&] { return search(X, y, threads, eps); });
 }
 
 // The log-likelihood about the parameters par of X and a last column of ones: its slope, its
@@ -129,8 +129,8 @@ Rcpp::List score_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y,
     return Rcpp::List::create(Rcpp::Named("par") = varnow::rvector(par), Rcpp::Named("used") = used,
                               Rcpp::Named("to") = varnow::rmatrix(to),
                               Rcpp::Named("fitted") = varnow::rvector(varnow::logistic_val(X, par)),
-                              Rcpp::Named("loglik") =
-                                  -varnow::logistic_lcl(X, flag, par, 1, threads),
+                              Rcpp::Named("loglik") = -apart(
+                                  [&] { return varnow::logistic_lcl(X, flag, par, 1, threads); }),
                               Rcpp::Named("distance") = at.distance,
                               Rcpp::Named("information") = varnow::rmatrix(at.information));
 }

@@ -127,6 +127,18 @@ test_that("calls can be repeated, and slips are told", {
       expect_equal(predict(by_columns, new), fitted(by_columns))
 })
 
+test_that("a fork of R has threads too", {
+  skip_on_os("windows")
+  slopes <- function() {
+    c(coef(score_model(am ~ wt, mtcars, threads = 2)), coef(fit_curve(cars$speed, cars$dist, "f_BL")))
+  }
+  expected <- slopes()
+  fork <- parallel::mcparallel(slopes())
+  found <- parallel::mccollect(fork, wait = FALSE, timeout = 60)
+  if (is.null(found)) tools::pskill(fork$pid)
+  expect_equal(found[[1]], expected, tolerance = 1e-6)
+})
+
 test_that("what cannot be fitted is told", {
   x <- c(1:10, 21:30)
   y <- rep(0:1, each = 10)
