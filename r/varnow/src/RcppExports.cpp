@@ -6,1279 +6,1436 @@
 using namespace Rcpp;
 
 #ifdef RCPP_USE_GLOBAL_ROSTREAM
-Rcpp::Rostream<true>&  Rcpp::Rcout = Rcpp::Rcpp_cout_get();
+Rcpp::Rostream<true>& Rcpp::Rcout = Rcpp::Rcpp_cout_get();
 Rcpp::Rostream<false>& Rcpp::Rcerr = Rcpp::Rcpp_cerr_get();
 #endif
 
 // simulation_new
 SEXP simulation_new(double lo, double hi, int bins, bool histogram);
-RcppExport SEXP _varnow_simulation_new(SEXP loSEXP, SEXP hiSEXP, SEXP binsSEXP, SEXP histogramSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_new(SEXP loSEXP, SEXP hiSEXP, SEXP binsSEXP, SEXP histogramSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< double >::type lo(loSEXP);
-    Rcpp::traits::input_parameter< double >::type hi(hiSEXP);
-    Rcpp::traits::input_parameter< int >::type bins(binsSEXP);
-    Rcpp::traits::input_parameter< bool >::type histogram(histogramSEXP);
+    Rcpp::traits::input_parameter<double>::type lo(loSEXP);
+    Rcpp::traits::input_parameter<double>::type hi(hiSEXP);
+    Rcpp::traits::input_parameter<int>::type bins(binsSEXP);
+    Rcpp::traits::input_parameter<bool>::type histogram(histogramSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_new(lo, hi, bins, histogram));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_add
 Rcpp::List simulation_add(SEXP pointer, Rcpp::NumericVector const& x);
-RcppExport SEXP _varnow_simulation_add(SEXP pointerSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_add(SEXP pointerSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_add(pointer, x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_reset
 void simulation_reset(SEXP pointer);
-RcppExport SEXP _varnow_simulation_reset(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_reset(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     simulation_reset(pointer);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // simulation_summary
 Rcpp::NumericVector simulation_summary(SEXP pointer);
-RcppExport SEXP _varnow_simulation_summary(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_summary(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_summary(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_edges
 Rcpp::NumericVector simulation_edges(SEXP pointer);
-RcppExport SEXP _varnow_simulation_edges(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_edges(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_edges(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_mode
 double simulation_mode(SEXP pointer);
-RcppExport SEXP _varnow_simulation_mode(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_mode(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_mode(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_hist
 Rcpp::NumericMatrix simulation_hist(SEXP pointer);
-RcppExport SEXP _varnow_simulation_hist(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_hist(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_hist(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_stored
 Rcpp::NumericVector simulation_stored(SEXP pointer);
-RcppExport SEXP _varnow_simulation_stored(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_stored(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_stored(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_merge
 void simulation_merge(SEXP pointer, SEXP other);
-RcppExport SEXP _varnow_simulation_merge(SEXP pointerSEXP, SEXP otherSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_merge(SEXP pointerSEXP, SEXP otherSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< SEXP >::type other(otherSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type other(otherSEXP);
     simulation_merge(pointer, other);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // simulation_save
 std::string simulation_save(SEXP pointer, std::string const& file);
-RcppExport SEXP _varnow_simulation_save(SEXP pointerSEXP, SEXP fileSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_save(SEXP pointerSEXP, SEXP fileSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_save(pointer, file));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // simulation_load
 std::string simulation_load(SEXP pointer, std::string const& file);
-RcppExport SEXP _varnow_simulation_load(SEXP pointerSEXP, SEXP fileSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_simulation_load(SEXP pointerSEXP, SEXP fileSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
     rcpp_result_gen = Rcpp::wrap(simulation_load(pointer, file));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles_new
 SEXP quantiles_new(double p);
-RcppExport SEXP _varnow_quantiles_new(SEXP pSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_new(SEXP pSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< double >::type p(pSEXP);
+    Rcpp::traits::input_parameter<double>::type p(pSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles_new(p));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles_add
 Rcpp::List quantiles_add(SEXP pointer, Rcpp::NumericVector const& x);
-RcppExport SEXP _varnow_quantiles_add(SEXP pointerSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_add(SEXP pointerSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles_add(pointer, x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles_reset
 void quantiles_reset(SEXP pointer, double p);
-RcppExport SEXP _varnow_quantiles_reset(SEXP pointerSEXP, SEXP pSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_reset(SEXP pointerSEXP, SEXP pSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< double >::type p(pSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<double>::type p(pSEXP);
     quantiles_reset(pointer, p);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // quantiles_state
 Rcpp::NumericVector quantiles_state(SEXP pointer);
-RcppExport SEXP _varnow_quantiles_state(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_state(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles_state(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles_result
 Rcpp::List quantiles_result(SEXP pointer);
-RcppExport SEXP _varnow_quantiles_result(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_result(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles_result(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles_cdf
 Rcpp::List quantiles_cdf(SEXP pointer, Rcpp::NumericVector const& x);
-RcppExport SEXP _varnow_quantiles_cdf(SEXP pointerSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles_cdf(SEXP pointerSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles_cdf(pointer, x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_new
 SEXP quantiles2_new();
-RcppExport SEXP _varnow_quantiles2_new() {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_new()
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
     rcpp_result_gen = Rcpp::wrap(quantiles2_new());
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_add
 void quantiles2_add(SEXP pointer, SEXP estimate);
-RcppExport SEXP _varnow_quantiles2_add(SEXP pointerSEXP, SEXP estimateSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_add(SEXP pointerSEXP, SEXP estimateSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< SEXP >::type estimate(estimateSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type estimate(estimateSEXP);
     quantiles2_add(pointer, estimate);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_state
 Rcpp::NumericVector quantiles2_state(SEXP pointer);
-RcppExport SEXP _varnow_quantiles2_state(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_state(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles2_state(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_cdf
 Rcpp::List quantiles2_cdf(SEXP pointer, Rcpp::NumericVector const& x);
-RcppExport SEXP _varnow_quantiles2_cdf(SEXP pointerSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_cdf(SEXP pointerSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles2_cdf(pointer, x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_obstacle
 std::string quantiles2_obstacle(SEXP pointer);
-RcppExport SEXP _varnow_quantiles2_obstacle(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_obstacle(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles2_obstacle(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // quantiles2_result
 Rcpp::List quantiles2_result(SEXP pointer);
-RcppExport SEXP _varnow_quantiles2_result(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_quantiles2_result(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(quantiles2_result(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // algebra_lineqns
-Rcpp::NumericMatrix algebra_lineqns(Rcpp::NumericMatrix const& a, Rcpp::NumericMatrix const& b, int method);
-RcppExport SEXP _varnow_algebra_lineqns(SEXP aSEXP, SEXP bSEXP, SEXP methodSEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix algebra_lineqns(Rcpp::NumericMatrix const& a, Rcpp::NumericMatrix const& b,
+                                    int method);
+RcppExport SEXP _varnow_algebra_lineqns(SEXP aSEXP, SEXP bSEXP, SEXP methodSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type a(aSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type b(bSEXP);
-    Rcpp::traits::input_parameter< int >::type method(methodSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type a(aSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type b(bSEXP);
+    Rcpp::traits::input_parameter<int>::type method(methodSEXP);
     rcpp_result_gen = Rcpp::wrap(algebra_lineqns(a, b, method));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // algebra_inv
 Rcpp::NumericMatrix algebra_inv(Rcpp::NumericMatrix const& a, int method);
-RcppExport SEXP _varnow_algebra_inv(SEXP aSEXP, SEXP methodSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_algebra_inv(SEXP aSEXP, SEXP methodSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type a(aSEXP);
-    Rcpp::traits::input_parameter< int >::type method(methodSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type a(aSEXP);
+    Rcpp::traits::input_parameter<int>::type method(methodSEXP);
     rcpp_result_gen = Rcpp::wrap(algebra_inv(a, method));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // algebra_det
 double algebra_det(Rcpp::NumericMatrix const& a);
-RcppExport SEXP _varnow_algebra_det(SEXP aSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_algebra_det(SEXP aSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type a(aSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type a(aSEXP);
     rcpp_result_gen = Rcpp::wrap(algebra_det(a));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // curves_values
-Rcpp::NumericVector curves_values(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& par);
-RcppExport SEXP _varnow_curves_values(SEXP nameSEXP, SEXP xSEXP, SEXP parSEXP) {
-BEGIN_RCPP
+Rcpp::NumericVector curves_values(std::string const& name, Rcpp::NumericVector const& x,
+                                  Rcpp::NumericVector const& par);
+RcppExport SEXP _varnow_curves_values(SEXP nameSEXP, SEXP xSEXP, SEXP parSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type par(parSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type par(parSEXP);
     rcpp_result_gen = Rcpp::wrap(curves_values(name, x, par));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // curves_fit
-Rcpp::List curves_fit(std::string const& name, Rcpp::NumericVector const& x, Rcpp::NumericVector const& y, Rcpp::NumericVector const& start, double tol, int speed, int type);
-RcppExport SEXP _varnow_curves_fit(SEXP nameSEXP, SEXP xSEXP, SEXP ySEXP, SEXP startSEXP, SEXP tolSEXP, SEXP speedSEXP, SEXP typeSEXP) {
-BEGIN_RCPP
+Rcpp::List curves_fit(std::string const& name, Rcpp::NumericVector const& x,
+                      Rcpp::NumericVector const& y, Rcpp::NumericVector const& start, double tol,
+                      int speed, int type);
+RcppExport SEXP _varnow_curves_fit(SEXP nameSEXP, SEXP xSEXP, SEXP ySEXP, SEXP startSEXP,
+                                   SEXP tolSEXP, SEXP speedSEXP, SEXP typeSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type start(startSEXP);
-    Rcpp::traits::input_parameter< double >::type tol(tolSEXP);
-    Rcpp::traits::input_parameter< int >::type speed(speedSEXP);
-    Rcpp::traits::input_parameter< int >::type type(typeSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type start(startSEXP);
+    Rcpp::traits::input_parameter<double>::type tol(tolSEXP);
+    Rcpp::traits::input_parameter<int>::type speed(speedSEXP);
+    Rcpp::traits::input_parameter<int>::type type(typeSEXP);
     rcpp_result_gen = Rcpp::wrap(curves_fit(name, x, y, start, tol, speed, type));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // curves_direction
 int curves_direction(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool flag);
-RcppExport SEXP _varnow_curves_direction(SEXP xSEXP, SEXP ySEXP, SEXP flagSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_curves_direction(SEXP xSEXP, SEXP ySEXP, SEXP flagSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< bool >::type flag(flagSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<bool>::type flag(flagSEXP);
     rcpp_result_gen = Rcpp::wrap(curves_direction(x, y, flag));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_ar
-double discrimination_ar(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, double range, bool ideal, bool ties, bool rounded);
-RcppExport SEXP _varnow_discrimination_ar(SEXP xSEXP, SEXP ySEXP, SEXP rangeSEXP, SEXP idealSEXP, SEXP tiesSEXP, SEXP roundedSEXP) {
-BEGIN_RCPP
+double discrimination_ar(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, double range,
+                         bool ideal, bool ties, bool rounded);
+RcppExport SEXP _varnow_discrimination_ar(SEXP xSEXP, SEXP ySEXP, SEXP rangeSEXP, SEXP idealSEXP,
+                                          SEXP tiesSEXP, SEXP roundedSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< double >::type range(rangeSEXP);
-    Rcpp::traits::input_parameter< bool >::type ideal(idealSEXP);
-    Rcpp::traits::input_parameter< bool >::type ties(tiesSEXP);
-    Rcpp::traits::input_parameter< bool >::type rounded(roundedSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<double>::type range(rangeSEXP);
+    Rcpp::traits::input_parameter<bool>::type ideal(idealSEXP);
+    Rcpp::traits::input_parameter<bool>::type ties(tiesSEXP);
+    Rcpp::traits::input_parameter<bool>::type rounded(roundedSEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_ar(x, y, range, ideal, ties, rounded));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_ks
 Rcpp::NumericVector discrimination_ks(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
-RcppExport SEXP _varnow_discrimination_ks(SEXP xSEXP, SEXP ySEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_discrimination_ks(SEXP xSEXP, SEXP ySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_ks(x, y));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_cap
-Rcpp::NumericMatrix discrimination_cap(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int mode);
-RcppExport SEXP _varnow_discrimination_cap(SEXP xSEXP, SEXP ySEXP, SEXP modeSEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix discrimination_cap(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y,
+                                       int mode);
+RcppExport SEXP _varnow_discrimination_cap(SEXP xSEXP, SEXP ySEXP, SEXP modeSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< int >::type mode(modeSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<int>::type mode(modeSEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_cap(x, y, mode));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_sorted
 Rcpp::List discrimination_sorted(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
-RcppExport SEXP _varnow_discrimination_sorted(SEXP xSEXP, SEXP ySEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_discrimination_sorted(SEXP xSEXP, SEXP ySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_sorted(x, y));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_iv
-double discrimination_iv(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int k, bool weighted);
-RcppExport SEXP _varnow_discrimination_iv(SEXP xSEXP, SEXP ySEXP, SEXP kSEXP, SEXP weightedSEXP) {
-BEGIN_RCPP
+double discrimination_iv(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, int k,
+                         bool weighted);
+RcppExport SEXP _varnow_discrimination_iv(SEXP xSEXP, SEXP ySEXP, SEXP kSEXP, SEXP weightedSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< int >::type k(kSEXP);
-    Rcpp::traits::input_parameter< bool >::type weighted(weightedSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<int>::type k(kSEXP);
+    Rcpp::traits::input_parameter<bool>::type weighted(weightedSEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_iv(x, y, k, weighted));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_area
 double discrimination_area(Rcpp::NumericMatrix const& curve, int n);
-RcppExport SEXP _varnow_discrimination_area(SEXP curveSEXP, SEXP nSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_discrimination_area(SEXP curveSEXP, SEXP nSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type curve(curveSEXP);
-    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type curve(curveSEXP);
+    Rcpp::traits::input_parameter<int>::type n(nSEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_area(curve, n));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // discrimination_level
-Rcpp::NumericMatrix discrimination_level(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
-RcppExport SEXP _varnow_discrimination_level(SEXP xSEXP, SEXP ySEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix discrimination_level(Rcpp::NumericMatrix const& x,
+                                         Rcpp::NumericMatrix const& y);
+RcppExport SEXP _varnow_discrimination_level(SEXP xSEXP, SEXP ySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
     rcpp_result_gen = Rcpp::wrap(discrimination_level(x, y));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_look
 Rcpp::List files_look(std::string const& file, std::string const& sep, bool quotes, bool header);
-RcppExport SEXP _varnow_files_look(SEXP fileSEXP, SEXP sepSEXP, SEXP quotesSEXP, SEXP headerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_files_look(SEXP fileSEXP, SEXP sepSEXP, SEXP quotesSEXP, SEXP headerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
-    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
-    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type sep(sepSEXP);
+    Rcpp::traits::input_parameter<bool>::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter<bool>::type header(headerSEXP);
     rcpp_result_gen = Rcpp::wrap(files_look(file, sep, quotes, header));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_regular
 bool files_regular(std::string const& file);
-RcppExport SEXP _varnow_files_regular(SEXP fileSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_files_regular(SEXP fileSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
     rcpp_result_gen = Rcpp::wrap(files_regular(file));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_read_frame
-Rcpp::List files_read_frame(std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show, std::string const& dec, Rcpp::CharacterVector const& na, Rcpp::RObject const& as_text);
-RcppExport SEXP _varnow_files_read_frame(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP, SEXP decSEXP, SEXP naSEXP, SEXP as_textSEXP) {
-BEGIN_RCPP
+Rcpp::List files_read_frame(std::string const& file, std::string const& sep, bool header,
+                            bool row_names, bool quotes, bool show, std::string const& dec,
+                            Rcpp::CharacterVector const& na, Rcpp::RObject const& as_text);
+RcppExport SEXP _varnow_files_read_frame(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP,
+                                         SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP,
+                                         SEXP decSEXP, SEXP naSEXP, SEXP as_textSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
-    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
-    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
-    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type na(naSEXP);
-    Rcpp::traits::input_parameter< Rcpp::RObject const& >::type as_text(as_textSEXP);
-    rcpp_result_gen = Rcpp::wrap(files_read_frame(file, sep, header, row_names, quotes, show, dec, na, as_text));
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type sep(sepSEXP);
+    Rcpp::traits::input_parameter<bool>::type header(headerSEXP);
+    Rcpp::traits::input_parameter<bool>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<bool>::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter<bool>::type show(showSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dec(decSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type na(naSEXP);
+    Rcpp::traits::input_parameter<Rcpp::RObject const&>::type as_text(as_textSEXP);
+    rcpp_result_gen =
+        Rcpp::wrap(files_read_frame(file, sep, header, row_names, quotes, show, dec, na, as_text));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_read_matrix
-Rcpp::NumericMatrix files_read_matrix(std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show);
-RcppExport SEXP _varnow_files_read_matrix(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix files_read_matrix(std::string const& file, std::string const& sep, bool header,
+                                      bool row_names, bool quotes, bool show);
+RcppExport SEXP _varnow_files_read_matrix(SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP,
+                                          SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
-    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
-    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
-    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type sep(sepSEXP);
+    Rcpp::traits::input_parameter<bool>::type header(headerSEXP);
+    Rcpp::traits::input_parameter<bool>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<bool>::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter<bool>::type show(showSEXP);
     rcpp_result_gen = Rcpp::wrap(files_read_matrix(file, sep, header, row_names, quotes, show));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_write_matrix
-bool files_write_matrix(Rcpp::NumericMatrix const& x, std::string const& file, std::string const& sep, bool header, bool row_names, bool quotes, bool show, std::string const& dec);
-RcppExport SEXP _varnow_files_write_matrix(SEXP xSEXP, SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP, SEXP decSEXP) {
-BEGIN_RCPP
+bool files_write_matrix(Rcpp::NumericMatrix const& x, std::string const& file,
+                        std::string const& sep, bool header, bool row_names, bool quotes, bool show,
+                        std::string const& dec);
+RcppExport SEXP _varnow_files_write_matrix(SEXP xSEXP, SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP,
+                                           SEXP row_namesSEXP, SEXP quotesSEXP, SEXP showSEXP,
+                                           SEXP decSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
-    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
-    Rcpp::traits::input_parameter< bool >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
-    Rcpp::traits::input_parameter< bool >::type show(showSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
-    rcpp_result_gen = Rcpp::wrap(files_write_matrix(x, file, sep, header, row_names, quotes, show, dec));
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type sep(sepSEXP);
+    Rcpp::traits::input_parameter<bool>::type header(headerSEXP);
+    Rcpp::traits::input_parameter<bool>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<bool>::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter<bool>::type show(showSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dec(decSEXP);
+    rcpp_result_gen =
+        Rcpp::wrap(files_write_matrix(x, file, sep, header, row_names, quotes, show, dec));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_write_frame
-bool files_write_frame(Rcpp::List const& columns, Rcpp::CharacterVector const& names, int rows, Rcpp::CharacterVector const& row_names, std::string const& file, std::string const& sep, bool header, bool quotes, std::string const& dec);
-RcppExport SEXP _varnow_files_write_frame(SEXP columnsSEXP, SEXP namesSEXP, SEXP rowsSEXP, SEXP row_namesSEXP, SEXP fileSEXP, SEXP sepSEXP, SEXP headerSEXP, SEXP quotesSEXP, SEXP decSEXP) {
-BEGIN_RCPP
+bool files_write_frame(Rcpp::List const& columns, Rcpp::CharacterVector const& names, int rows,
+                       Rcpp::CharacterVector const& row_names, std::string const& file,
+                       std::string const& sep, bool header, bool quotes, std::string const& dec);
+RcppExport SEXP _varnow_files_write_frame(SEXP columnsSEXP, SEXP namesSEXP, SEXP rowsSEXP,
+                                          SEXP row_namesSEXP, SEXP fileSEXP, SEXP sepSEXP,
+                                          SEXP headerSEXP, SEXP quotesSEXP, SEXP decSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type names(namesSEXP);
-    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type sep(sepSEXP);
-    Rcpp::traits::input_parameter< bool >::type header(headerSEXP);
-    Rcpp::traits::input_parameter< bool >::type quotes(quotesSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dec(decSEXP);
-    rcpp_result_gen = Rcpp::wrap(files_write_frame(columns, names, rows, row_names, file, sep, header, quotes, dec));
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type columns(columnsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type names(namesSEXP);
+    Rcpp::traits::input_parameter<int>::type rows(rowsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type sep(sepSEXP);
+    Rcpp::traits::input_parameter<bool>::type header(headerSEXP);
+    Rcpp::traits::input_parameter<bool>::type quotes(quotesSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dec(decSEXP);
+    rcpp_result_gen = Rcpp::wrap(
+        files_write_frame(columns, names, rows, row_names, file, sep, header, quotes, dec));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_gzip
 bool files_gzip(std::string const& from, std::string const& to);
-RcppExport SEXP _varnow_files_gzip(SEXP fromSEXP, SEXP toSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_files_gzip(SEXP fromSEXP, SEXP toSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type from(fromSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type to(toSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type from(fromSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type to(toSEXP);
     rcpp_result_gen = Rcpp::wrap(files_gzip(from, to));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // files_gunzip
 bool files_gunzip(std::string const& from, std::string const& to);
-RcppExport SEXP _varnow_files_gunzip(SEXP fromSEXP, SEXP toSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_files_gunzip(SEXP fromSEXP, SEXP toSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type from(fromSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type to(toSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type from(fromSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type to(toSEXP);
     rcpp_result_gen = Rcpp::wrap(files_gunzip(from, to));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // grouping_groups
 Rcpp::List grouping_groups(Rcpp::IntegerVector const& codes);
-RcppExport SEXP _varnow_grouping_groups(SEXP codesSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_grouping_groups(SEXP codesSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::IntegerVector const&>::type codes(codesSEXP);
     rcpp_result_gen = Rcpp::wrap(grouping_groups(codes));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // grouping_statistic
-Rcpp::NumericVector grouping_statistic(Rcpp::NumericVector const& x, Rcpp::List const& groups, std::string const& name, bool drop);
-RcppExport SEXP _varnow_grouping_statistic(SEXP xSEXP, SEXP groupsSEXP, SEXP nameSEXP, SEXP dropSEXP) {
-BEGIN_RCPP
+Rcpp::NumericVector grouping_statistic(Rcpp::NumericVector const& x, Rcpp::List const& groups,
+                                       std::string const& name, bool drop);
+RcppExport SEXP _varnow_grouping_statistic(SEXP xSEXP, SEXP groupsSEXP, SEXP nameSEXP,
+                                           SEXP dropSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type groups(groupsSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< bool >::type drop(dropSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type groups(groupsSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<bool>::type drop(dropSEXP);
     rcpp_result_gen = Rcpp::wrap(grouping_statistic(x, groups, name, drop));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // grouping_pivot
 Rcpp::List grouping_pivot(Rcpp::NumericMatrix const& codes);
-RcppExport SEXP _varnow_grouping_pivot(SEXP codesSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_grouping_pivot(SEXP codesSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type codes(codesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type codes(codesSEXP);
     rcpp_result_gen = Rcpp::wrap(grouping_pivot(codes));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // grouping_levels
 Rcpp::CharacterVector grouping_levels(Rcpp::List const& column);
-RcppExport SEXP _varnow_grouping_levels(SEXP columnSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_grouping_levels(SEXP columnSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type column(columnSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type column(columnSEXP);
     rcpp_result_gen = Rcpp::wrap(grouping_levels(column));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // grouping_cut
-Rcpp::CharacterVector grouping_cut(Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& breaks, int closed_left);
-RcppExport SEXP _varnow_grouping_cut(SEXP xSEXP, SEXP breaksSEXP, SEXP closed_leftSEXP) {
-BEGIN_RCPP
+Rcpp::CharacterVector grouping_cut(Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& breaks,
+                                   int closed_left);
+RcppExport SEXP _varnow_grouping_cut(SEXP xSEXP, SEXP breaksSEXP, SEXP closed_leftSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type breaks(breaksSEXP);
-    Rcpp::traits::input_parameter< int >::type closed_left(closed_leftSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type breaks(breaksSEXP);
+    Rcpp::traits::input_parameter<int>::type closed_left(closed_leftSEXP);
     rcpp_result_gen = Rcpp::wrap(grouping_cut(x, breaks, closed_left));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // linear_largest
 double linear_largest(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
-RcppExport SEXP _varnow_linear_largest(SEXP xSEXP, SEXP ySEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_linear_largest(SEXP xSEXP, SEXP ySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
     rcpp_result_gen = Rcpp::wrap(linear_largest(x, y));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // linear_fit
 Rcpp::List linear_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, bool likelihood);
-RcppExport SEXP _varnow_linear_fit(SEXP xSEXP, SEXP ySEXP, SEXP likelihoodSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_linear_fit(SEXP xSEXP, SEXP ySEXP, SEXP likelihoodSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< bool >::type likelihood(likelihoodSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<bool>::type likelihood(likelihoodSEXP);
     rcpp_result_gen = Rcpp::wrap(linear_fit(x, y, likelihood));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // linear_fit_plain
 Rcpp::List linear_fit_plain(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y);
-RcppExport SEXP _varnow_linear_fit_plain(SEXP xSEXP, SEXP ySEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_linear_fit_plain(SEXP xSEXP, SEXP ySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
     rcpp_result_gen = Rcpp::wrap(linear_fit_plain(x, y));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // network_train
-Rcpp::List network_train(Rcpp::List const& start, Rcpp::IntegerVector const& codes, Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, Rcpp::NumericMatrix const& valid_x, Rcpp::NumericMatrix const& valid_y, Rcpp::IntegerVector const& steps, double min_gain, bool conjugate, bool damped, bool penalty, bool verbose);
-RcppExport SEXP _varnow_network_train(SEXP startSEXP, SEXP codesSEXP, SEXP xSEXP, SEXP ySEXP, SEXP valid_xSEXP, SEXP valid_ySEXP, SEXP stepsSEXP, SEXP min_gainSEXP, SEXP conjugateSEXP, SEXP dampedSEXP, SEXP penaltySEXP, SEXP verboseSEXP) {
-BEGIN_RCPP
+Rcpp::List network_train(Rcpp::List const& start, Rcpp::IntegerVector const& codes,
+                         Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y,
+                         Rcpp::NumericMatrix const& valid_x, Rcpp::NumericMatrix const& valid_y,
+                         Rcpp::IntegerVector const& steps, double min_gain, bool conjugate,
+                         bool damped, bool penalty, bool verbose);
+RcppExport SEXP _varnow_network_train(SEXP startSEXP, SEXP codesSEXP, SEXP xSEXP, SEXP ySEXP,
+                                      SEXP valid_xSEXP, SEXP valid_ySEXP, SEXP stepsSEXP,
+                                      SEXP min_gainSEXP, SEXP conjugateSEXP, SEXP dampedSEXP,
+                                      SEXP penaltySEXP, SEXP verboseSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type start(startSEXP);
-    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type valid_x(valid_xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type valid_y(valid_ySEXP);
-    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type steps(stepsSEXP);
-    Rcpp::traits::input_parameter< double >::type min_gain(min_gainSEXP);
-    Rcpp::traits::input_parameter< bool >::type conjugate(conjugateSEXP);
-    Rcpp::traits::input_parameter< bool >::type damped(dampedSEXP);
-    Rcpp::traits::input_parameter< bool >::type penalty(penaltySEXP);
-    Rcpp::traits::input_parameter< bool >::type verbose(verboseSEXP);
-    rcpp_result_gen = Rcpp::wrap(network_train(start, codes, x, y, valid_x, valid_y, steps, min_gain, conjugate, damped, penalty, verbose));
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type start(startSEXP);
+    Rcpp::traits::input_parameter<Rcpp::IntegerVector const&>::type codes(codesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type valid_x(valid_xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type valid_y(valid_ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::IntegerVector const&>::type steps(stepsSEXP);
+    Rcpp::traits::input_parameter<double>::type min_gain(min_gainSEXP);
+    Rcpp::traits::input_parameter<bool>::type conjugate(conjugateSEXP);
+    Rcpp::traits::input_parameter<bool>::type damped(dampedSEXP);
+    Rcpp::traits::input_parameter<bool>::type penalty(penaltySEXP);
+    Rcpp::traits::input_parameter<bool>::type verbose(verboseSEXP);
+    rcpp_result_gen = Rcpp::wrap(network_train(start, codes, x, y, valid_x, valid_y, steps,
+                                               min_gain, conjugate, damped, penalty, verbose));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // network_values
-Rcpp::NumericVector network_values(Rcpp::List const& model, Rcpp::IntegerVector const& codes, Rcpp::NumericMatrix const& x);
-RcppExport SEXP _varnow_network_values(SEXP modelSEXP, SEXP codesSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+Rcpp::NumericVector network_values(Rcpp::List const& model, Rcpp::IntegerVector const& codes,
+                                   Rcpp::NumericMatrix const& x);
+RcppExport SEXP _varnow_network_values(SEXP modelSEXP, SEXP codesSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type model(modelSEXP);
-    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type model(modelSEXP);
+    Rcpp::traits::input_parameter<Rcpp::IntegerVector const&>::type codes(codesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(network_values(model, codes, x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // network_save
-void network_save(Rcpp::List const& model, Rcpp::IntegerVector const& codes, std::string const& name);
-RcppExport SEXP _varnow_network_save(SEXP modelSEXP, SEXP codesSEXP, SEXP nameSEXP) {
-BEGIN_RCPP
+void network_save(Rcpp::List const& model, Rcpp::IntegerVector const& codes,
+                  std::string const& name);
+RcppExport SEXP _varnow_network_save(SEXP modelSEXP, SEXP codesSEXP, SEXP nameSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type model(modelSEXP);
-    Rcpp::traits::input_parameter< Rcpp::IntegerVector const& >::type codes(codesSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type model(modelSEXP);
+    Rcpp::traits::input_parameter<Rcpp::IntegerVector const&>::type codes(codesSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
     network_save(model, codes, name);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // ordering_order
 SEXP ordering_order(SEXP x, bool decreasing);
-RcppExport SEXP _varnow_ordering_order(SEXP xSEXP, SEXP decreasingSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_ordering_order(SEXP xSEXP, SEXP decreasingSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
-    Rcpp::traits::input_parameter< bool >::type decreasing(decreasingSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type x(xSEXP);
+    Rcpp::traits::input_parameter<bool>::type decreasing(decreasingSEXP);
     rcpp_result_gen = Rcpp::wrap(ordering_order(x, decreasing));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // ordering_unique
 SEXP ordering_unique(SEXP x, bool from_last);
-RcppExport SEXP _varnow_ordering_unique(SEXP xSEXP, SEXP from_lastSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_ordering_unique(SEXP xSEXP, SEXP from_lastSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
-    Rcpp::traits::input_parameter< bool >::type from_last(from_lastSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type x(xSEXP);
+    Rcpp::traits::input_parameter<bool>::type from_last(from_lastSEXP);
     rcpp_result_gen = Rcpp::wrap(ordering_unique(x, from_last));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // ordering_match
 SEXP ordering_match(SEXP x, SEXP y, bool from_last, int no_match);
-RcppExport SEXP _varnow_ordering_match(SEXP xSEXP, SEXP ySEXP, SEXP from_lastSEXP, SEXP no_matchSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_ordering_match(SEXP xSEXP, SEXP ySEXP, SEXP from_lastSEXP,
+                                       SEXP no_matchSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
-    Rcpp::traits::input_parameter< SEXP >::type y(ySEXP);
-    Rcpp::traits::input_parameter< bool >::type from_last(from_lastSEXP);
-    Rcpp::traits::input_parameter< int >::type no_match(no_matchSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type y(ySEXP);
+    Rcpp::traits::input_parameter<bool>::type from_last(from_lastSEXP);
+    Rcpp::traits::input_parameter<int>::type no_match(no_matchSEXP);
     rcpp_result_gen = Rcpp::wrap(ordering_match(x, y, from_last, no_match));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // ordering_sets
 SEXP ordering_sets(SEXP x, SEXP y, int which);
-RcppExport SEXP _varnow_ordering_sets(SEXP xSEXP, SEXP ySEXP, SEXP whichSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_ordering_sets(SEXP xSEXP, SEXP ySEXP, SEXP whichSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type x(xSEXP);
-    Rcpp::traits::input_parameter< SEXP >::type y(ySEXP);
-    Rcpp::traits::input_parameter< int >::type which(whichSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type y(ySEXP);
+    Rcpp::traits::input_parameter<int>::type which(whichSEXP);
     rcpp_result_gen = Rcpp::wrap(ordering_sets(x, y, which));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // reports_write
 bool reports_write(std::string const& file, Rcpp::RawVector const& bytes);
-RcppExport SEXP _varnow_reports_write(SEXP fileSEXP, SEXP bytesSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_reports_write(SEXP fileSEXP, SEXP bytesSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< Rcpp::RawVector const& >::type bytes(bytesSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<Rcpp::RawVector const&>::type bytes(bytesSEXP);
     rcpp_result_gen = Rcpp::wrap(reports_write(file, bytes));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // html_new
-SEXP html_new(std::string const& title, std::string const& description, std::string const& keywords, std::string const& scripts, std::string const& gnuplot_scripts);
-RcppExport SEXP _varnow_html_new(SEXP titleSEXP, SEXP descriptionSEXP, SEXP keywordsSEXP, SEXP scriptsSEXP, SEXP gnuplot_scriptsSEXP) {
-BEGIN_RCPP
+SEXP html_new(std::string const& title, std::string const& description, std::string const& keywords,
+              std::string const& scripts, std::string const& gnuplot_scripts);
+RcppExport SEXP _varnow_html_new(SEXP titleSEXP, SEXP descriptionSEXP, SEXP keywordsSEXP,
+                                 SEXP scriptsSEXP, SEXP gnuplot_scriptsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type title(titleSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type description(descriptionSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type keywords(keywordsSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type scripts(scriptsSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type gnuplot_scripts(gnuplot_scriptsSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type title(titleSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type description(descriptionSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type keywords(keywordsSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type scripts(scriptsSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type gnuplot_scripts(gnuplot_scriptsSEXP);
     rcpp_result_gen = Rcpp::wrap(html_new(title, description, keywords, scripts, gnuplot_scripts));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // html_counts
 Rcpp::IntegerVector html_counts(SEXP pointer);
-RcppExport SEXP _varnow_html_counts(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_counts(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(html_counts(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // html_text
-void html_text(SEXP pointer, std::string const& part, std::string const& x, Rcpp::List const& settings);
-RcppExport SEXP _varnow_html_text(SEXP pointerSEXP, SEXP partSEXP, SEXP xSEXP, SEXP settingsSEXP) {
-BEGIN_RCPP
+void html_text(SEXP pointer, std::string const& part, std::string const& x,
+               Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_text(SEXP pointerSEXP, SEXP partSEXP, SEXP xSEXP, SEXP settingsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type part(partSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type part(partSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type settings(settingsSEXP);
     html_text(pointer, part, x, settings);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_image
-void html_image(SEXP pointer, std::string const& file, std::string const& dir, std::string const& align, int w, int h);
-RcppExport SEXP _varnow_html_image(SEXP pointerSEXP, SEXP fileSEXP, SEXP dirSEXP, SEXP alignSEXP, SEXP wSEXP, SEXP hSEXP) {
-BEGIN_RCPP
+void html_image(SEXP pointer, std::string const& file, std::string const& dir,
+                std::string const& align, int w, int h);
+RcppExport SEXP _varnow_html_image(SEXP pointerSEXP, SEXP fileSEXP, SEXP dirSEXP, SEXP alignSEXP,
+                                   SEXP wSEXP, SEXP hSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type align(alignSEXP);
-    Rcpp::traits::input_parameter< int >::type w(wSEXP);
-    Rcpp::traits::input_parameter< int >::type h(hSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dir(dirSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type align(alignSEXP);
+    Rcpp::traits::input_parameter<int>::type w(wSEXP);
+    Rcpp::traits::input_parameter<int>::type h(hSEXP);
     html_image(pointer, file, dir, align, w, h);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_href
-void html_href(SEXP pointer, std::string const& url, std::string const& dir, std::string const& label, std::string const& picture);
-RcppExport SEXP _varnow_html_href(SEXP pointerSEXP, SEXP urlSEXP, SEXP dirSEXP, SEXP labelSEXP, SEXP pictureSEXP) {
-BEGIN_RCPP
+void html_href(SEXP pointer, std::string const& url, std::string const& dir,
+               std::string const& label, std::string const& picture);
+RcppExport SEXP _varnow_html_href(SEXP pointerSEXP, SEXP urlSEXP, SEXP dirSEXP, SEXP labelSEXP,
+                                  SEXP pictureSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type url(urlSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type label(labelSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type picture(pictureSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type url(urlSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dir(dirSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type label(labelSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type picture(pictureSEXP);
     html_href(pointer, url, dir, label, picture);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_js
 void html_js(SEXP pointer, std::string const& name, std::string const& dir, int w, int h);
-RcppExport SEXP _varnow_html_js(SEXP pointerSEXP, SEXP nameSEXP, SEXP dirSEXP, SEXP wSEXP, SEXP hSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_js(SEXP pointerSEXP, SEXP nameSEXP, SEXP dirSEXP, SEXP wSEXP,
+                                SEXP hSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type dir(dirSEXP);
-    Rcpp::traits::input_parameter< int >::type w(wSEXP);
-    Rcpp::traits::input_parameter< int >::type h(hSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type dir(dirSEXP);
+    Rcpp::traits::input_parameter<int>::type w(wSEXP);
+    Rcpp::traits::input_parameter<int>::type h(hSEXP);
     html_js(pointer, name, dir, w, h);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_endline
 void html_endline(SEXP pointer, int n);
-RcppExport SEXP _varnow_html_endline(SEXP pointerSEXP, SEXP nSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_endline(SEXP pointerSEXP, SEXP nSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< int >::type n(nSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<int>::type n(nSEXP);
     html_endline(pointer, n);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_clear
 void html_clear(SEXP pointer);
-RcppExport SEXP _varnow_html_clear(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_clear(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     html_clear(pointer);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_matrix
-void html_matrix(SEXP pointer, Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& formats, Rcpp::List const& settings);
-RcppExport SEXP _varnow_html_matrix(SEXP pointerSEXP, SEXP xSEXP, SEXP formatsSEXP, SEXP settingsSEXP) {
-BEGIN_RCPP
+void html_matrix(SEXP pointer, Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& formats,
+                 Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_matrix(SEXP pointerSEXP, SEXP xSEXP, SEXP formatsSEXP,
+                                    SEXP settingsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type formats(formatsSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type formats(formatsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type settings(settingsSEXP);
     html_matrix(pointer, x, formats, settings);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_table
-void html_table(SEXP pointer, Rcpp::List const& x, Rcpp::CharacterVector const& row_names, Rcpp::Nullable<Rcpp::NumericVector> const& formats, Rcpp::List const& settings);
-RcppExport SEXP _varnow_html_table(SEXP pointerSEXP, SEXP xSEXP, SEXP row_namesSEXP, SEXP formatsSEXP, SEXP settingsSEXP) {
-BEGIN_RCPP
+void html_table(SEXP pointer, Rcpp::List const& x, Rcpp::CharacterVector const& row_names,
+                Rcpp::Nullable<Rcpp::NumericVector> const& formats, Rcpp::List const& settings);
+RcppExport SEXP _varnow_html_table(SEXP pointerSEXP, SEXP xSEXP, SEXP row_namesSEXP,
+                                   SEXP formatsSEXP, SEXP settingsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< Rcpp::Nullable<Rcpp::NumericVector> const& >::type formats(formatsSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type settings(settingsSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::Nullable<Rcpp::NumericVector> const&>::type formats(
+        formatsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type settings(settingsSEXP);
     html_table(pointer, x, row_names, formats, settings);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // html_page
 std::string html_page(SEXP pointer);
-RcppExport SEXP _varnow_html_page(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_page(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(html_page(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // html_style
 std::string html_style(SEXP pointer);
-RcppExport SEXP _varnow_html_style(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_html_style(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     rcpp_result_gen = Rcpp::wrap(html_style(pointer));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // gplot_new
 SEXP gplot_new(std::string const& name, std::string const& directory);
-RcppExport SEXP _varnow_gplot_new(SEXP nameSEXP, SEXP directorySEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_new(SEXP nameSEXP, SEXP directorySEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type directory(directorySEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type directory(directorySEXP);
     rcpp_result_gen = Rcpp::wrap(gplot_new(name, directory));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // gplot_close
 void gplot_close(SEXP pointer);
-RcppExport SEXP _varnow_gplot_close(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_close(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     gplot_close(pointer);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_text
 void gplot_text(SEXP pointer, std::string const& name, std::string const& x);
-RcppExport SEXP _varnow_gplot_text(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_text(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type x(xSEXP);
     gplot_text(pointer, name, x);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_number
 void gplot_number(SEXP pointer, std::string const& name, double x);
-RcppExport SEXP _varnow_gplot_number(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_number(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< double >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<double>::type x(xSEXP);
     gplot_number(pointer, name, x);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_whole
 void gplot_whole(SEXP pointer, std::string const& name, int x);
-RcppExport SEXP _varnow_gplot_whole(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_whole(SEXP pointerSEXP, SEXP nameSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< int >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<int>::type x(xSEXP);
     gplot_whole(pointer, name, x);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_pair
 void gplot_pair(SEXP pointer, std::string const& name, double a, double b);
-RcppExport SEXP _varnow_gplot_pair(SEXP pointerSEXP, SEXP nameSEXP, SEXP aSEXP, SEXP bSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_pair(SEXP pointerSEXP, SEXP nameSEXP, SEXP aSEXP, SEXP bSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type name(nameSEXP);
-    Rcpp::traits::input_parameter< double >::type a(aSEXP);
-    Rcpp::traits::input_parameter< double >::type b(bSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type name(nameSEXP);
+    Rcpp::traits::input_parameter<double>::type a(aSEXP);
+    Rcpp::traits::input_parameter<double>::type b(bSEXP);
     gplot_pair(pointer, name, a, b);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_label
 void gplot_label(SEXP pointer, int n, std::string const& x, double a, double b);
-RcppExport SEXP _varnow_gplot_label(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP, SEXP aSEXP, SEXP bSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_label(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP, SEXP aSEXP,
+                                    SEXP bSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< int >::type n(nSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< double >::type a(aSEXP);
-    Rcpp::traits::input_parameter< double >::type b(bSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<int>::type n(nSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<double>::type a(aSEXP);
+    Rcpp::traits::input_parameter<double>::type b(bSEXP);
     gplot_label(pointer, n, x, a, b);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_reset
 void gplot_reset(SEXP pointer);
-RcppExport SEXP _varnow_gplot_reset(SEXP pointerSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_reset(SEXP pointerSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
     gplot_reset(pointer);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_multiplot
 void gplot_multiplot(SEXP pointer, bool on, int rows, int cols);
-RcppExport SEXP _varnow_gplot_multiplot(SEXP pointerSEXP, SEXP onSEXP, SEXP rowsSEXP, SEXP colsSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_multiplot(SEXP pointerSEXP, SEXP onSEXP, SEXP rowsSEXP, SEXP colsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< bool >::type on(onSEXP);
-    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
-    Rcpp::traits::input_parameter< int >::type cols(colsSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<bool>::type on(onSEXP);
+    Rcpp::traits::input_parameter<int>::type rows(rowsSEXP);
+    Rcpp::traits::input_parameter<int>::type cols(colsSEXP);
     gplot_multiplot(pointer, on, rows, cols);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_sep
-void gplot_sep(SEXP pointer, std::string const& ch, int n, Rcpp::Nullable<Rcpp::CharacterVector> const& x);
-RcppExport SEXP _varnow_gplot_sep(SEXP pointerSEXP, SEXP chSEXP, SEXP nSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+void gplot_sep(SEXP pointer, std::string const& ch, int n,
+               Rcpp::Nullable<Rcpp::CharacterVector> const& x);
+RcppExport SEXP _varnow_gplot_sep(SEXP pointerSEXP, SEXP chSEXP, SEXP nSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type ch(chSEXP);
-    Rcpp::traits::input_parameter< int >::type n(nSEXP);
-    Rcpp::traits::input_parameter< Rcpp::Nullable<Rcpp::CharacterVector> const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type ch(chSEXP);
+    Rcpp::traits::input_parameter<int>::type n(nSEXP);
+    Rcpp::traits::input_parameter<Rcpp::Nullable<Rcpp::CharacterVector> const&>::type x(xSEXP);
     gplot_sep(pointer, ch, n, x);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_pause
 void gplot_pause(SEXP pointer, int n, std::string const& x);
-RcppExport SEXP _varnow_gplot_pause(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_gplot_pause(SEXP pointerSEXP, SEXP nSEXP, SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< int >::type n(nSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<int>::type n(nSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type x(xSEXP);
     gplot_pause(pointer, n, x);
     return R_NilValue;
-END_RCPP
+    END_RCPP
 }
 // gplot_plot
-std::string gplot_plot(SEXP pointer, int dim, Rcpp::List const& sources, Rcpp::CharacterVector const& clauses);
-RcppExport SEXP _varnow_gplot_plot(SEXP pointerSEXP, SEXP dimSEXP, SEXP sourcesSEXP, SEXP clausesSEXP) {
-BEGIN_RCPP
+std::string gplot_plot(SEXP pointer, int dim, Rcpp::List const& sources,
+                       Rcpp::CharacterVector const& clauses);
+RcppExport SEXP _varnow_gplot_plot(SEXP pointerSEXP, SEXP dimSEXP, SEXP sourcesSEXP,
+                                   SEXP clausesSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< SEXP >::type pointer(pointerSEXP);
-    Rcpp::traits::input_parameter< int >::type dim(dimSEXP);
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type sources(sourcesSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type clauses(clausesSEXP);
+    Rcpp::traits::input_parameter<SEXP>::type pointer(pointerSEXP);
+    Rcpp::traits::input_parameter<int>::type dim(dimSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type sources(sourcesSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type clauses(clausesSEXP);
     rcpp_result_gen = Rcpp::wrap(gplot_plot(pointer, dim, sources, clauses));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // score_scale
 Rcpp::List score_scale(Rcpp::NumericMatrix const& x);
-RcppExport SEXP _varnow_score_scale(SEXP xSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_score_scale(SEXP xSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
     rcpp_result_gen = Rcpp::wrap(score_scale(x));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // score_fit
-Rcpp::List score_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y, Rcpp::NumericVector const& centre, Rcpp::NumericVector const& spread, std::string const& method, double ridge, int threads, double eps);
-RcppExport SEXP _varnow_score_fit(SEXP xSEXP, SEXP ySEXP, SEXP centreSEXP, SEXP spreadSEXP, SEXP methodSEXP, SEXP ridgeSEXP, SEXP threadsSEXP, SEXP epsSEXP) {
-BEGIN_RCPP
+Rcpp::List score_fit(Rcpp::NumericMatrix const& x, Rcpp::NumericMatrix const& y,
+                     Rcpp::NumericVector const& centre, Rcpp::NumericVector const& spread,
+                     std::string const& method, double ridge, int threads, double eps);
+RcppExport SEXP _varnow_score_fit(SEXP xSEXP, SEXP ySEXP, SEXP centreSEXP, SEXP spreadSEXP,
+                                  SEXP methodSEXP, SEXP ridgeSEXP, SEXP threadsSEXP, SEXP epsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type y(ySEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type centre(centreSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type spread(spreadSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type method(methodSEXP);
-    Rcpp::traits::input_parameter< double >::type ridge(ridgeSEXP);
-    Rcpp::traits::input_parameter< int >::type threads(threadsSEXP);
-    Rcpp::traits::input_parameter< double >::type eps(epsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type y(ySEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type centre(centreSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type spread(spreadSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type method(methodSEXP);
+    Rcpp::traits::input_parameter<double>::type ridge(ridgeSEXP);
+    Rcpp::traits::input_parameter<int>::type threads(threadsSEXP);
+    Rcpp::traits::input_parameter<double>::type eps(epsSEXP);
     rcpp_result_gen = Rcpp::wrap(score_fit(x, y, centre, spread, method, ridge, threads, eps));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // score_probabilities
 Rcpp::NumericVector score_probabilities(Rcpp::NumericVector const& z);
-RcppExport SEXP _varnow_score_probabilities(SEXP zSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_score_probabilities(SEXP zSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type z(zSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type z(zSEXP);
     rcpp_result_gen = Rcpp::wrap(score_probabilities(z));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // score_points
 Rcpp::NumericMatrix score_points(Rcpp::NumericMatrix const& p);
-RcppExport SEXP _varnow_score_points(SEXP pSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_score_points(SEXP pSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type p(pSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type p(pSEXP);
     rcpp_result_gen = Rcpp::wrap(score_points(p));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // statistics_of_columns
-Rcpp::NumericMatrix statistics_of_columns(Rcpp::NumericMatrix const& x, Rcpp::CharacterVector const& which, bool drop);
-RcppExport SEXP _varnow_statistics_of_columns(SEXP xSEXP, SEXP whichSEXP, SEXP dropSEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix statistics_of_columns(Rcpp::NumericMatrix const& x,
+                                          Rcpp::CharacterVector const& which, bool drop);
+RcppExport SEXP _varnow_statistics_of_columns(SEXP xSEXP, SEXP whichSEXP, SEXP dropSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type which(whichSEXP);
-    Rcpp::traits::input_parameter< bool >::type drop(dropSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type which(whichSEXP);
+    Rcpp::traits::input_parameter<bool>::type drop(dropSEXP);
     rcpp_result_gen = Rcpp::wrap(statistics_of_columns(x, which, drop));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // statistics_quantiles
-Rcpp::NumericMatrix statistics_quantiles(Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& p, bool drop);
-RcppExport SEXP _varnow_statistics_quantiles(SEXP xSEXP, SEXP pSEXP, SEXP dropSEXP) {
-BEGIN_RCPP
+Rcpp::NumericMatrix statistics_quantiles(Rcpp::NumericMatrix const& x, Rcpp::NumericVector const& p,
+                                         bool drop);
+RcppExport SEXP _varnow_statistics_quantiles(SEXP xSEXP, SEXP pSEXP, SEXP dropSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::NumericMatrix const& >::type x(xSEXP);
-    Rcpp::traits::input_parameter< Rcpp::NumericVector const& >::type p(pSEXP);
-    Rcpp::traits::input_parameter< bool >::type drop(dropSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericMatrix const&>::type x(xSEXP);
+    Rcpp::traits::input_parameter<Rcpp::NumericVector const&>::type p(pSEXP);
+    Rcpp::traits::input_parameter<bool>::type drop(dropSEXP);
     rcpp_result_gen = Rcpp::wrap(statistics_quantiles(x, p, drop));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // work_read
 Rcpp::List work_read(std::string const& file);
-RcppExport SEXP _varnow_work_read(SEXP fileSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_work_read(SEXP fileSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
     rcpp_result_gen = Rcpp::wrap(work_read(file));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // work_new
 Rcpp::List work_new(Rcpp::List const& params, int rows);
-RcppExport SEXP _varnow_work_new(SEXP paramsSEXP, SEXP rowsSEXP) {
-BEGIN_RCPP
+RcppExport SEXP _varnow_work_new(SEXP paramsSEXP, SEXP rowsSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type params(paramsSEXP);
-    Rcpp::traits::input_parameter< int >::type rows(rowsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type params(paramsSEXP);
+    Rcpp::traits::input_parameter<int>::type rows(rowsSEXP);
     rcpp_result_gen = Rcpp::wrap(work_new(params, rows));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 // work_write
-bool work_write(Rcpp::List const& columns, Rcpp::CharacterVector const& row_names, std::string const& file);
-RcppExport SEXP _varnow_work_write(SEXP columnsSEXP, SEXP row_namesSEXP, SEXP fileSEXP) {
-BEGIN_RCPP
+bool work_write(Rcpp::List const& columns, Rcpp::CharacterVector const& row_names,
+                std::string const& file);
+RcppExport SEXP _varnow_work_write(SEXP columnsSEXP, SEXP row_namesSEXP, SEXP fileSEXP)
+{
+    BEGIN_RCPP
     Rcpp::RObject rcpp_result_gen;
     Rcpp::RNGScope rcpp_rngScope_gen;
-    Rcpp::traits::input_parameter< Rcpp::List const& >::type columns(columnsSEXP);
-    Rcpp::traits::input_parameter< Rcpp::CharacterVector const& >::type row_names(row_namesSEXP);
-    Rcpp::traits::input_parameter< std::string const& >::type file(fileSEXP);
+    Rcpp::traits::input_parameter<Rcpp::List const&>::type columns(columnsSEXP);
+    Rcpp::traits::input_parameter<Rcpp::CharacterVector const&>::type row_names(row_namesSEXP);
+    Rcpp::traits::input_parameter<std::string const&>::type file(fileSEXP);
     rcpp_result_gen = Rcpp::wrap(work_write(columns, row_names, file));
     return rcpp_result_gen;
-END_RCPP
+    END_RCPP
 }
 
 static const R_CallMethodDef CallEntries[] = {
-    {"_varnow_simulation_new", (DL_FUNC) &_varnow_simulation_new, 4},
-    {"_varnow_simulation_add", (DL_FUNC) &_varnow_simulation_add, 2},
-    {"_varnow_simulation_reset", (DL_FUNC) &_varnow_simulation_reset, 1},
-    {"_varnow_simulation_summary", (DL_FUNC) &_varnow_simulation_summary, 1},
-    {"_varnow_simulation_edges", (DL_FUNC) &_varnow_simulation_edges, 1},
-    {"_varnow_simulation_mode", (DL_FUNC) &_varnow_simulation_mode, 1},
-    {"_varnow_simulation_hist", (DL_FUNC) &_varnow_simulation_hist, 1},
-    {"_varnow_simulation_stored", (DL_FUNC) &_varnow_simulation_stored, 1},
-    {"_varnow_simulation_merge", (DL_FUNC) &_varnow_simulation_merge, 2},
-    {"_varnow_simulation_save", (DL_FUNC) &_varnow_simulation_save, 2},
-    {"_varnow_simulation_load", (DL_FUNC) &_varnow_simulation_load, 2},
-    {"_varnow_quantiles_new", (DL_FUNC) &_varnow_quantiles_new, 1},
-    {"_varnow_quantiles_add", (DL_FUNC) &_varnow_quantiles_add, 2},
-    {"_varnow_quantiles_reset", (DL_FUNC) &_varnow_quantiles_reset, 2},
-    {"_varnow_quantiles_state", (DL_FUNC) &_varnow_quantiles_state, 1},
-    {"_varnow_quantiles_result", (DL_FUNC) &_varnow_quantiles_result, 1},
-    {"_varnow_quantiles_cdf", (DL_FUNC) &_varnow_quantiles_cdf, 2},
-    {"_varnow_quantiles2_new", (DL_FUNC) &_varnow_quantiles2_new, 0},
-    {"_varnow_quantiles2_add", (DL_FUNC) &_varnow_quantiles2_add, 2},
-    {"_varnow_quantiles2_state", (DL_FUNC) &_varnow_quantiles2_state, 1},
-    {"_varnow_quantiles2_cdf", (DL_FUNC) &_varnow_quantiles2_cdf, 2},
-    {"_varnow_quantiles2_obstacle", (DL_FUNC) &_varnow_quantiles2_obstacle, 1},
-    {"_varnow_quantiles2_result", (DL_FUNC) &_varnow_quantiles2_result, 1},
-    {"_varnow_algebra_lineqns", (DL_FUNC) &_varnow_algebra_lineqns, 3},
-    {"_varnow_algebra_inv", (DL_FUNC) &_varnow_algebra_inv, 2},
-    {"_varnow_algebra_det", (DL_FUNC) &_varnow_algebra_det, 1},
-    {"_varnow_curves_values", (DL_FUNC) &_varnow_curves_values, 3},
-    {"_varnow_curves_fit", (DL_FUNC) &_varnow_curves_fit, 7},
-    {"_varnow_curves_direction", (DL_FUNC) &_varnow_curves_direction, 3},
-    {"_varnow_discrimination_ar", (DL_FUNC) &_varnow_discrimination_ar, 6},
-    {"_varnow_discrimination_ks", (DL_FUNC) &_varnow_discrimination_ks, 2},
-    {"_varnow_discrimination_cap", (DL_FUNC) &_varnow_discrimination_cap, 3},
-    {"_varnow_discrimination_sorted", (DL_FUNC) &_varnow_discrimination_sorted, 2},
-    {"_varnow_discrimination_iv", (DL_FUNC) &_varnow_discrimination_iv, 4},
-    {"_varnow_discrimination_area", (DL_FUNC) &_varnow_discrimination_area, 2},
-    {"_varnow_discrimination_level", (DL_FUNC) &_varnow_discrimination_level, 2},
-    {"_varnow_files_look", (DL_FUNC) &_varnow_files_look, 4},
-    {"_varnow_files_regular", (DL_FUNC) &_varnow_files_regular, 1},
-    {"_varnow_files_read_frame", (DL_FUNC) &_varnow_files_read_frame, 9},
-    {"_varnow_files_read_matrix", (DL_FUNC) &_varnow_files_read_matrix, 6},
-    {"_varnow_files_write_matrix", (DL_FUNC) &_varnow_files_write_matrix, 8},
-    {"_varnow_files_write_frame", (DL_FUNC) &_varnow_files_write_frame, 9},
-    {"_varnow_files_gzip", (DL_FUNC) &_varnow_files_gzip, 2},
-    {"_varnow_files_gunzip", (DL_FUNC) &_varnow_files_gunzip, 2},
-    {"_varnow_grouping_groups", (DL_FUNC) &_varnow_grouping_groups, 1},
-    {"_varnow_grouping_statistic", (DL_FUNC) &_varnow_grouping_statistic, 4},
-    {"_varnow_grouping_pivot", (DL_FUNC) &_varnow_grouping_pivot, 1},
-    {"_varnow_grouping_levels", (DL_FUNC) &_varnow_grouping_levels, 1},
-    {"_varnow_grouping_cut", (DL_FUNC) &_varnow_grouping_cut, 3},
-    {"_varnow_linear_largest", (DL_FUNC) &_varnow_linear_largest, 2},
-    {"_varnow_linear_fit", (DL_FUNC) &_varnow_linear_fit, 3},
-    {"_varnow_linear_fit_plain", (DL_FUNC) &_varnow_linear_fit_plain, 2},
-    {"_varnow_network_train", (DL_FUNC) &_varnow_network_train, 12},
-    {"_varnow_network_values", (DL_FUNC) &_varnow_network_values, 3},
-    {"_varnow_network_save", (DL_FUNC) &_varnow_network_save, 3},
-    {"_varnow_ordering_order", (DL_FUNC) &_varnow_ordering_order, 2},
-    {"_varnow_ordering_unique", (DL_FUNC) &_varnow_ordering_unique, 2},
-    {"_varnow_ordering_match", (DL_FUNC) &_varnow_ordering_match, 4},
-    {"_varnow_ordering_sets", (DL_FUNC) &_varnow_ordering_sets, 3},
-    {"_varnow_reports_write", (DL_FUNC) &_varnow_reports_write, 2},
-    {"_varnow_html_new", (DL_FUNC) &_varnow_html_new, 5},
-    {"_varnow_html_counts", (DL_FUNC) &_varnow_html_counts, 1},
-    {"_varnow_html_text", (DL_FUNC) &_varnow_html_text, 4},
-    {"_varnow_html_image", (DL_FUNC) &_varnow_html_image, 6},
-    {"_varnow_html_href", (DL_FUNC) &_varnow_html_href, 5},
-    {"_varnow_html_js", (DL_FUNC) &_varnow_html_js, 5},
-    {"_varnow_html_endline", (DL_FUNC) &_varnow_html_endline, 2},
-    {"_varnow_html_clear", (DL_FUNC) &_varnow_html_clear, 1},
-    {"_varnow_html_matrix", (DL_FUNC) &_varnow_html_matrix, 4},
-    {"_varnow_html_table", (DL_FUNC) &_varnow_html_table, 5},
-    {"_varnow_html_page", (DL_FUNC) &_varnow_html_page, 1},
-    {"_varnow_html_style", (DL_FUNC) &_varnow_html_style, 1},
-    {"_varnow_gplot_new", (DL_FUNC) &_varnow_gplot_new, 2},
-    {"_varnow_gplot_close", (DL_FUNC) &_varnow_gplot_close, 1},
-    {"_varnow_gplot_text", (DL_FUNC) &_varnow_gplot_text, 3},
-    {"_varnow_gplot_number", (DL_FUNC) &_varnow_gplot_number, 3},
-    {"_varnow_gplot_whole", (DL_FUNC) &_varnow_gplot_whole, 3},
-    {"_varnow_gplot_pair", (DL_FUNC) &_varnow_gplot_pair, 4},
-    {"_varnow_gplot_label", (DL_FUNC) &_varnow_gplot_label, 5},
-    {"_varnow_gplot_reset", (DL_FUNC) &_varnow_gplot_reset, 1},
-    {"_varnow_gplot_multiplot", (DL_FUNC) &_varnow_gplot_multiplot, 4},
-    {"_varnow_gplot_sep", (DL_FUNC) &_varnow_gplot_sep, 4},
-    {"_varnow_gplot_pause", (DL_FUNC) &_varnow_gplot_pause, 3},
-    {"_varnow_gplot_plot", (DL_FUNC) &_varnow_gplot_plot, 4},
-    {"_varnow_score_scale", (DL_FUNC) &_varnow_score_scale, 1},
-    {"_varnow_score_fit", (DL_FUNC) &_varnow_score_fit, 8},
-    {"_varnow_score_probabilities", (DL_FUNC) &_varnow_score_probabilities, 1},
-    {"_varnow_score_points", (DL_FUNC) &_varnow_score_points, 1},
-    {"_varnow_statistics_of_columns", (DL_FUNC) &_varnow_statistics_of_columns, 3},
-    {"_varnow_statistics_quantiles", (DL_FUNC) &_varnow_statistics_quantiles, 3},
-    {"_varnow_work_read", (DL_FUNC) &_varnow_work_read, 1},
-    {"_varnow_work_new", (DL_FUNC) &_varnow_work_new, 2},
-    {"_varnow_work_write", (DL_FUNC) &_varnow_work_write, 3},
-    {NULL, NULL, 0}
-};
+    {"_varnow_simulation_new", (DL_FUNC)&_varnow_simulation_new, 4},
+    {"_varnow_simulation_add", (DL_FUNC)&_varnow_simulation_add, 2},
+    {"_varnow_simulation_reset", (DL_FUNC)&_varnow_simulation_reset, 1},
+    {"_varnow_simulation_summary", (DL_FUNC)&_varnow_simulation_summary, 1},
+    {"_varnow_simulation_edges", (DL_FUNC)&_varnow_simulation_edges, 1},
+    {"_varnow_simulation_mode", (DL_FUNC)&_varnow_simulation_mode, 1},
+    {"_varnow_simulation_hist", (DL_FUNC)&_varnow_simulation_hist, 1},
+    {"_varnow_simulation_stored", (DL_FUNC)&_varnow_simulation_stored, 1},
+    {"_varnow_simulation_merge", (DL_FUNC)&_varnow_simulation_merge, 2},
+    {"_varnow_simulation_save", (DL_FUNC)&_varnow_simulation_save, 2},
+    {"_varnow_simulation_load", (DL_FUNC)&_varnow_simulation_load, 2},
+    {"_varnow_quantiles_new", (DL_FUNC)&_varnow_quantiles_new, 1},
+    {"_varnow_quantiles_add", (DL_FUNC)&_varnow_quantiles_add, 2},
+    {"_varnow_quantiles_reset", (DL_FUNC)&_varnow_quantiles_reset, 2},
+    {"_varnow_quantiles_state", (DL_FUNC)&_varnow_quantiles_state, 1},
+    {"_varnow_quantiles_result", (DL_FUNC)&_varnow_quantiles_result, 1},
+    {"_varnow_quantiles_cdf", (DL_FUNC)&_varnow_quantiles_cdf, 2},
+    {"_varnow_quantiles2_new", (DL_FUNC)&_varnow_quantiles2_new, 0},
+    {"_varnow_quantiles2_add", (DL_FUNC)&_varnow_quantiles2_add, 2},
+    {"_varnow_quantiles2_state", (DL_FUNC)&_varnow_quantiles2_state, 1},
+    {"_varnow_quantiles2_cdf", (DL_FUNC)&_varnow_quantiles2_cdf, 2},
+    {"_varnow_quantiles2_obstacle", (DL_FUNC)&_varnow_quantiles2_obstacle, 1},
+    {"_varnow_quantiles2_result", (DL_FUNC)&_varnow_quantiles2_result, 1},
+    {"_varnow_algebra_lineqns", (DL_FUNC)&_varnow_algebra_lineqns, 3},
+    {"_varnow_algebra_inv", (DL_FUNC)&_varnow_algebra_inv, 2},
+    {"_varnow_algebra_det", (DL_FUNC)&_varnow_algebra_det, 1},
+    {"_varnow_curves_values", (DL_FUNC)&_varnow_curves_values, 3},
+    {"_varnow_curves_fit", (DL_FUNC)&_varnow_curves_fit, 7},
+    {"_varnow_curves_direction", (DL_FUNC)&_varnow_curves_direction, 3},
+    {"_varnow_discrimination_ar", (DL_FUNC)&_varnow_discrimination_ar, 6},
+    {"_varnow_discrimination_ks", (DL_FUNC)&_varnow_discrimination_ks, 2},
+    {"_varnow_discrimination_cap", (DL_FUNC)&_varnow_discrimination_cap, 3},
+    {"_varnow_discrimination_sorted", (DL_FUNC)&_varnow_discrimination_sorted, 2},
+    {"_varnow_discrimination_iv", (DL_FUNC)&_varnow_discrimination_iv, 4},
+    {"_varnow_discrimination_area", (DL_FUNC)&_varnow_discrimination_area, 2},
+    {"_varnow_discrimination_level", (DL_FUNC)&_varnow_discrimination_level, 2},
+    {"_varnow_files_look", (DL_FUNC)&_varnow_files_look, 4},
+    {"_varnow_files_regular", (DL_FUNC)&_varnow_files_regular, 1},
+    {"_varnow_files_read_frame", (DL_FUNC)&_varnow_files_read_frame, 9},
+    {"_varnow_files_read_matrix", (DL_FUNC)&_varnow_files_read_matrix, 6},
+    {"_varnow_files_write_matrix", (DL_FUNC)&_varnow_files_write_matrix, 8},
+    {"_varnow_files_write_frame", (DL_FUNC)&_varnow_files_write_frame, 9},
+    {"_varnow_files_gzip", (DL_FUNC)&_varnow_files_gzip, 2},
+    {"_varnow_files_gunzip", (DL_FUNC)&_varnow_files_gunzip, 2},
+    {"_varnow_grouping_groups", (DL_FUNC)&_varnow_grouping_groups, 1},
+    {"_varnow_grouping_statistic", (DL_FUNC)&_varnow_grouping_statistic, 4},
+    {"_varnow_grouping_pivot", (DL_FUNC)&_varnow_grouping_pivot, 1},
+    {"_varnow_grouping_levels", (DL_FUNC)&_varnow_grouping_levels, 1},
+    {"_varnow_grouping_cut", (DL_FUNC)&_varnow_grouping_cut, 3},
+    {"_varnow_linear_largest", (DL_FUNC)&_varnow_linear_largest, 2},
+    {"_varnow_linear_fit", (DL_FUNC)&_varnow_linear_fit, 3},
+    {"_varnow_linear_fit_plain", (DL_FUNC)&_varnow_linear_fit_plain, 2},
+    {"_varnow_network_train", (DL_FUNC)&_varnow_network_train, 12},
+    {"_varnow_network_values", (DL_FUNC)&_varnow_network_values, 3},
+    {"_varnow_network_save", (DL_FUNC)&_varnow_network_save, 3},
+    {"_varnow_ordering_order", (DL_FUNC)&_varnow_ordering_order, 2},
+    {"_varnow_ordering_unique", (DL_FUNC)&_varnow_ordering_unique, 2},
+    {"_varnow_ordering_match", (DL_FUNC)&_varnow_ordering_match, 4},
+    {"_varnow_ordering_sets", (DL_FUNC)&_varnow_ordering_sets, 3},
+    {"_varnow_reports_write", (DL_FUNC)&_varnow_reports_write, 2},
+    {"_varnow_html_new", (DL_FUNC)&_varnow_html_new, 5},
+    {"_varnow_html_counts", (DL_FUNC)&_varnow_html_counts, 1},
+    {"_varnow_html_text", (DL_FUNC)&_varnow_html_text, 4},
+    {"_varnow_html_image", (DL_FUNC)&_varnow_html_image, 6},
+    {"_varnow_html_href", (DL_FUNC)&_varnow_html_href, 5},
+    {"_varnow_html_js", (DL_FUNC)&_varnow_html_js, 5},
+    {"_varnow_html_endline", (DL_FUNC)&_varnow_html_endline, 2},
+    {"_varnow_html_clear", (DL_FUNC)&_varnow_html_clear, 1},
+    {"_varnow_html_matrix", (DL_FUNC)&_varnow_html_matrix, 4},
+    {"_varnow_html_table", (DL_FUNC)&_varnow_html_table, 5},
+    {"_varnow_html_page", (DL_FUNC)&_varnow_html_page, 1},
+    {"_varnow_html_style", (DL_FUNC)&_varnow_html_style, 1},
+    {"_varnow_gplot_new", (DL_FUNC)&_varnow_gplot_new, 2},
+    {"_varnow_gplot_close", (DL_FUNC)&_varnow_gplot_close, 1},
+    {"_varnow_gplot_text", (DL_FUNC)&_varnow_gplot_text, 3},
+    {"_varnow_gplot_number", (DL_FUNC)&_varnow_gplot_number, 3},
+    {"_varnow_gplot_whole", (DL_FUNC)&_varnow_gplot_whole, 3},
+    {"_varnow_gplot_pair", (DL_FUNC)&_varnow_gplot_pair, 4},
+    {"_varnow_gplot_label", (DL_FUNC)&_varnow_gplot_label, 5},
+    {"_varnow_gplot_reset", (DL_FUNC)&_varnow_gplot_reset, 1},
+    {"_varnow_gplot_multiplot", (DL_FUNC)&_varnow_gplot_multiplot, 4},
+    {"_varnow_gplot_sep", (DL_FUNC)&_varnow_gplot_sep, 4},
+    {"_varnow_gplot_pause", (DL_FUNC)&_varnow_gplot_pause, 3},
+    {"_varnow_gplot_plot", (DL_FUNC)&_varnow_gplot_plot, 4},
+    {"_varnow_score_scale", (DL_FUNC)&_varnow_score_scale, 1},
+    {"_varnow_score_fit", (DL_FUNC)&_varnow_score_fit, 8},
+    {"_varnow_score_probabilities", (DL_FUNC)&_varnow_score_probabilities, 1},
+    {"_varnow_score_points", (DL_FUNC)&_varnow_score_points, 1},
+    {"_varnow_statistics_of_columns", (DL_FUNC)&_varnow_statistics_of_columns, 3},
+    {"_varnow_statistics_quantiles", (DL_FUNC)&_varnow_statistics_quantiles, 3},
+    {"_varnow_work_read", (DL_FUNC)&_varnow_work_read, 1},
+    {"_varnow_work_new", (DL_FUNC)&_varnow_work_new, 2},
+    {"_varnow_work_write", (DL_FUNC)&_varnow_work_write, 3},
+    {NULL, NULL, 0}};
 
-RcppExport void R_init_varnow(DllInfo *dll) {
+RcppExport void R_init_varnow(DllInfo* dll)
+{
     R_registerRoutines(dll, NULL, CallEntries, NULL, NULL);
     R_useDynamicSymbols(dll, FALSE);
 }
