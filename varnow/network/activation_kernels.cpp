@@ -8,6 +8,11 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(VARNOW_MACHINES)
+#include <immintrin.h>
+#define WIDE_PART WIDE INLINE
+#endif
+
 namespace varnow::detail {
 
 namespace {
@@ -59,11 +64,21 @@ void plain_logistic(double const* z, int n, double* y)
 
 #if defined(VARNOW_MACHINES)
 
-INLINE double power_of_2(double k)
-{
-    constexpr double to_last_bits = 6755399441055744.0; // a sum with it ends in the whole number
-    return from_bits(bits_of(k + (to_last_bits + 1023.0)) << 52);
-}
+// A sum with it ends in the nearest whole number, which makes the exponent of a power of 2 when
+// its last bits are shifted up. 2046 is twice the exponent of 1.
+constexpr double to_exponent = 6755399441055744.0 + 1023.0;
+constexpr int exponent_bits = 52;
+constexpr std::uint64_t twice_one = std::uint64_t{2046} << exponent_bits;
+
+// Of 1 / ln 2, ln 2 in two parts, and the rational approximation, in ascending order.
+constexpr double per_ln2 = 1.44269504088896338700e+00, ln2_high = 6.93147180369123816490e-01,
+                 ln2_low = 1.90821492927058770002e-10, half_ln2 = 0.3465735912322998;
+constexpr double Q1 = -3.33333333333331316428e-02, Q2 = 1.58730158725481460165e-03,
+                 Q3 = -7.93650757867487942473e-05, Q4 = 4.00821782732936239552e-06,
+                 Q5 = -2.01099218183624371326e-07;
+
+// Below the first the power of 2 stays below 20, from the second on the result is 1.
+constexpr double far_off = 6.5, all_one = 20.0;
 
 template <bool fused> INLINE double multiply_add(double a, double b, double c)
 {
@@ -79,49 +94,168 @@ template <bool fused> INLINE double multiply_add(double a, double b, double c)
 // the operations are those of the C libraries that descend from Sun's, in which some have fused
 // operations: so the results are theirs to the last bit.
 //
-// With `near` |x| is below 6.5.
+// With `near` |x| is below far_off.
 template <bool fused, bool near> INLINE double tanh_of(double x)
 {
     double const magnitude = std::fabs(x),
-                 v = near ? magnitude : pick(magnitude < 22.0, magnitude, 22.0);
+                 v = near ? magnitude : pick(magnitude >= all_one, all_one, magnitude);
     bool const large = v >= 1.0;
     double const size = v + v, a = pick(large, size, -size);
-
-    // k is 0 up to half of ln 2, and 1 up to three halves of it, each to 20 bits.
-    bool const no_power = size < 0.3465735912322998;
-    double k = static_cast<int>(1.44269504088896338700e+00 * a + std::copysign(0.5, a));
-    k = pick(size < 1.0397205352783203, -1.0, k);
-    k = pick(no_power, 0.0, k);
-    double const high = a - k * 6.93147180369123816490e-01, low = k * 1.90821492927058770002e-10;
-    double const r = high - low, c = (high - r) - low;
 
     auto const ma = [](double p, double q, double s) __attribute__((always_inline))
     {
         return multiply_add<fused>(p, q, s);
     };
+    bool const no_power = size < half_ln2;
+    double const shifted = pick(no_power, to_exponent, ma(per_ln2, a, to_exponent));
+    double const k = shifted - to_exponent;
+    double const high = ma(-ln2_high, k, a), low = k * ln2_low;
+    double const r = high - low, c = (high - r) - low;
+
     double const half = 0.5 * r, s = r * half, s2 = s * s, s4 = s2 * s2;
-    double const q1 = ma(s, -3.33333333333331316428e-02, 1.0);
-    double const q2 = ma(s, -7.93650757867487942473e-05, 1.58730158725481460165e-03);
-    double const q3 = ma(s, -2.01099218183624371326e-07, 4.00821782732936239552e-06);
+    double const q1 = ma(s, Q1, 1.0), q2 = ma(s, Q3, Q2), q3 = ma(s, Q5, Q4);
     double const q = ma(s4, q3, ma(s2, q2, q1)), t = ma(-q, half, 3.0);
     double const e = s * ((q - t) / ma(-r, t, 6.0));
     double const rest = pick(no_power, ma(r, e, -s), ma(r, e - c, -c) - s), d = rest - r;
 
     // Of a negative a take 0 at k = 0, a half at -1 and 1 below.
-    double const up = power_of_2(k), down = power_of_2(-k);
+    double const up = from_bits(bits_of(shifted) << exponent_bits),
+                 down = from_bits(twice_one - bits_of(up));
     bool const below = k < -1.0;
     double const add = pick(large, 1.0 - down, pick(below, 1.0, 0.0));
     double const take = pick(large, 0.0, pick(below, 1.0, -0.5 * k));
-    double power = (add - d) * up - take;
-    if constexpr (!near) {
-        power = pick(k >= 20.0, ((r - (rest + down)) + 1.0) * up, power);
-        power = pick(k > 56.0, (1.0 - d) * up - 1.0, power);
-    }
+    double power = ma(add - d, up, -take);
+    if constexpr (!near) power = pick(k >= 20.0, ((r - (rest + down)) + 1.0) * up, power);
 
     double const quotient = pick(large, 2.0, -power) / (power + 2.0);
-    double const y = pick(large, 1.0 - quotient, quotient);
-    if constexpr (near) return std::copysign(y, x);
-    return pick(x != x, x, std::copysign(pick(magnitude >= 22.0, 1.0, y), x));
+    return std::copysign(pick(large, 1.0 - quotient, quotient), x);
+}
+
+// Two registers of eight: the steps of one fill the waits of the other.
+struct pair
+{
+    __m512d v[2];
+};
+struct pair_mask
+{
+    __mmask8 m[2];
+};
+
+#define BINARY(name, instruction)                                                                  \
+    WIDE_PART pair name(pair a, pair b)                                                            \
+    {                                                                                              \
+        return {instruction(a.v[0], b.v[0]), instruction(a.v[1], b.v[1])};                         \
+    }
+BINARY(operator+, _mm512_add_pd)
+BINARY(operator-, _mm512_sub_pd)
+BINARY(operator*, _mm512_mul_pd)
+BINARY(operator/, _mm512_div_pd)
+#undef BINARY
+
+#define TERNARY(name, instruction)                                                                 \
+    WIDE_PART pair name(pair a, pair b, pair c)                                                    \
+    {                                                                                              \
+        return {instruction(a.v[0], b.v[0], c.v[0]), instruction(a.v[1], b.v[1], c.v[1])};         \
+    }
+TERNARY(multiply_add, _mm512_fmadd_pd)
+TERNARY(multiply_less, _mm512_fmsub_pd)
+TERNARY(less_product, _mm512_fnmadd_pd)
+#undef TERNARY
+
+WIDE_PART pair both(double x)
+{
+    return {_mm512_set1_pd(x), _mm512_set1_pd(x)};
+}
+WIDE_PART pair magnitudes(pair a)
+{
+    return {_mm512_abs_pd(a.v[0]), _mm512_abs_pd(a.v[1])};
+}
+WIDE_PART pair with_sign(pair a, pair of)
+{
+    __m512d const sign = _mm512_set1_pd(-0.0);
+    for (int i = 0; i < 2; ++i)
+        a.v[i] = _mm512_or_pd(_mm512_andnot_pd(sign, a.v[i]), _mm512_and_pd(sign, of.v[i]));
+    return a;
+}
+// A NaN stays.
+WIDE_PART pair at_most(double limit, pair a)
+{
+    __m512d const b = _mm512_set1_pd(limit);
+    return {_mm512_maskz_min_pd(0xff, b, a.v[0]), _mm512_maskz_min_pd(0xff, b, a.v[1])};
+}
+WIDE_PART pair_mask operator<(pair a, double limit)
+{
+    __m512d const b = _mm512_set1_pd(limit);
+    return {_mm512_cmp_pd_mask(a.v[0], b, _CMP_LT_OQ), _mm512_cmp_pd_mask(a.v[1], b, _CMP_LT_OQ)};
+}
+WIDE_PART pair pick(pair_mask first, pair a, pair b)
+{
+    return {_mm512_mask_blend_pd(first.m[0], b.v[0], a.v[0]),
+            _mm512_mask_blend_pd(first.m[1], b.v[1], a.v[1])};
+}
+// -a at the places of the mask, b at the others.
+WIDE_PART pair pick_negative(pair_mask at, pair a, pair b)
+{
+    __m512d const sign = _mm512_set1_pd(-0.0);
+    return {_mm512_mask_xor_pd(b.v[0], at.m[0], a.v[0], sign),
+            _mm512_mask_xor_pd(b.v[1], at.m[1], a.v[1], sign)};
+}
+
+// What comes in for the power of 2. A small argument has k from 0 down to -3, which the last three
+// bits of `shifted` count from 7 down, as places of a table.
+struct powers
+{
+    pair add, take, up, down;
+};
+WIDE_PART powers powers_of(pair shifted, pair_mask small)
+{
+    __m512d const one = _mm512_set1_pd(1.0),
+                  adds = _mm512_setr_pd(0.0, 0.0, 0.0, 0.0, 1.0, 1.0, 0.0, 0.0),
+                  takes = _mm512_setr_pd(0.0, 0.0, 0.0, 0.0, 1.0, 1.0, 0.5, 0.0);
+    powers p;
+    for (int i = 0; i < 2; ++i) {
+        __m512i const place = _mm512_castpd_si512(shifted.v[i]),
+                      up = _mm512_maskz_slli_epi64(0xff, place, exponent_bits),
+                      down = _mm512_sub_epi64(_mm512_set1_epi64(twice_one), up);
+        auto const large = static_cast<__mmask8>(~small.m[i]);
+        p.up.v[i] = _mm512_castsi512_pd(up);
+        p.down.v[i] = _mm512_castsi512_pd(down);
+        p.add.v[i] = _mm512_mask_sub_pd(_mm512_maskz_permutexvar_pd(0xff, place, adds), large, one,
+                                        p.down.v[i]);
+        p.take.v[i] = _mm512_maskz_permutexvar_pd(small.m[i], place, takes);
+    }
+    return p;
+}
+
+// The fused tanh_of once more, by instructions that take the choices as masks and tables.
+template <bool near> WIDE_PART pair tanh_of(pair x)
+{
+    pair const v = near ? magnitudes(x) : at_most(all_one, magnitudes(x)), size = v + v,
+               one = both(1.0);
+    pair_mask const small = v < 1.0, no_power = size < half_ln2;
+    pair const a = pick_negative(small, size, size);
+
+    pair const shifted =
+        pick(no_power, both(to_exponent), multiply_add(both(per_ln2), a, both(to_exponent)));
+    pair const k = shifted - both(to_exponent);
+    pair const high = less_product(both(ln2_high), k, a), low = k * both(ln2_low);
+    pair const r = high - low, c = (high - r) - low;
+
+    pair const half = both(0.5) * r, s = r * half, s2 = s * s, s4 = s2 * s2;
+    pair const q1 = multiply_add(s, both(Q1), one), q2 = multiply_add(s, both(Q3), both(Q2)),
+               q3 = multiply_add(s, both(Q5), both(Q4));
+    pair const q = multiply_add(s4, q3, multiply_add(s2, q2, q1)),
+               t = less_product(q, half, both(3.0));
+    pair const e = s * ((q - t) / less_product(r, t, both(6.0)));
+    pair const rest = pick(no_power, multiply_less(r, e, s), multiply_less(r, e - c, c) - s);
+
+    powers const p = powers_of(shifted, small);
+    pair power = multiply_less(p.add - (rest - r), p.up, p.take);
+    if constexpr (!near)
+        power = pick(k < 20.0, power, ((r - (rest + p.down)) + one) * p.up);
+    pair const quotient = pick_negative(small, power, both(2.0)) / (power + both(2.0));
+    pair const y = pick(small, quotient, one - quotient);
+    return with_sign(y, x);
 }
 
 constexpr int stretch = 64;
@@ -132,7 +266,7 @@ template <bool fused> INLINE void tanh_side_by_side(double const* z, int n, doub
         int const end = n - from < stretch ? n : from + stretch;
         int far = 0;
 #pragma omp simd reduction(+ : far)
-        for (int i = from; i < end; ++i) far += !(std::fabs(z[i]) < 6.5);
+        for (int i = from; i < end; ++i) far += !(std::fabs(z[i]) < far_off);
         if (far == 0) {
 #pragma omp simd
             for (int i = from; i < end; ++i) y[i] = tanh_of<fused, true>(z[i]);
@@ -145,7 +279,13 @@ template <bool fused> INLINE void tanh_side_by_side(double const* z, int n, doub
 
 WIDE void wide_fused(double const* z, int n, double* y)
 {
-    tanh_side_by_side<true>(z, n, y);
+    for (int from = 0; from < n; from += side_by_side) {
+        pair const x = {_mm512_loadu_pd(z + from), _mm512_loadu_pd(z + from + 8)};
+        pair_mask const near = magnitudes(x) < far_off;
+        pair const found = (near.m[0] & near.m[1]) == 0xff ? tanh_of<true>(x) : tanh_of<false>(x);
+        _mm512_storeu_pd(y + from, found.v[0]);
+        _mm512_storeu_pd(y + from + 8, found.v[1]);
+    }
 }
 WIDE void wide_plain(double const* z, int n, double* y)
 {

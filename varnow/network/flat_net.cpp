@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 
 namespace varnow::detail {
 
@@ -118,43 +120,49 @@ struct term
 };
 
 using cells = double __attribute__((vector_size(64)));
+using cell_bits = std::int64_t __attribute__((vector_size(64)));
 
-// The sums of terms, beside each other. An x that is not stored is 0, which matters only where a
-// weight is not finite: there it makes no term.
-template <class Terms> INLINE void add_terms(int count, bool finite, Terms const& terms, double* s)
+INLINE void drop_small(cells& v)
 {
-    constexpr int width = sizeof(cells) / sizeof(double);
+    auto const no_sign = std::numeric_limits<std::int64_t>::max();
+    v = (cells)((cell_bits)v & no_sign) <= threshold ? cells{} : v;
+}
+
+// The sums of terms, beside each other, with a bias where there is one: as a matrix of sums drops
+// small values, so does the matrix with the biases added. An x that is not stored is 0, which
+// matters only where a weight is not finite: there it makes no term.
+template <class Terms>
+INLINE void add_terms(int count, bool finite, Terms const& terms, double const* bias, double* s)
+{
+    constexpr int width = sizeof(cells) / sizeof(double), parts = lanes / width;
     if (finite) {
-        for (int from = 0; from < lanes; from += 2 * width) {
-            cells a = {}, b = {};
-            for (int c = 0; c < count; ++c) {
-                term const t = terms(c);
-                cells xa, xb;
-                std::memcpy(&xa, t.x + from, sizeof xa);
-                std::memcpy(&xb, t.x + from + width, sizeof xb);
-                a += xa * t.w;
-                b += xb * t.w;
+        cells sum[parts] = {};
+        for (int c = 0; c < count; ++c) {
+            term const t = terms(c);
+            for (int k = 0; k < parts; ++k) {
+                cells x;
+                std::memcpy(&x, t.x + k * width, sizeof x);
+                sum[k] += x * t.w;
             }
-            std::memcpy(s + from, &a, sizeof a);
-            std::memcpy(s + from + width, &b, sizeof b);
+        }
+        for (int k = 0; k < parts; ++k) {
+            drop_small(sum[k]);
+            if (bias) {
+                sum[k] += *bias;
+                drop_small(sum[k]);
+            }
+            std::memcpy(s + k * width, &sum[k], sizeof(cells));
         }
     } else {
         std::fill(s, s + lanes, 0.0);
         for (int c = 0; c < count; ++c)
             for (int l = 0; l < lanes; ++l)
                 if (terms(c).stored[l] != 0.0) s[l] += terms(c).x[l] * terms(c).w;
+        for (int l = 0; l < lanes; ++l) {
+            s[l] = kept(s[l]);
+            if (bias) s[l] = kept(s[l] + *bias);
+        }
     }
-}
-
-// As a matrix of sums drops small values, so does the matrix with the biases added.
-INLINE void finish_sums(double* s, double const* bias)
-{
-#pragma omp simd
-    for (int l = 0; l < lanes; ++l) s[l] = kept(s[l]);
-    if (!bias) return;
-    double const b = *bias;
-#pragma omp simd
-    for (int l = 0; l < lanes; ++l) s[l] = kept(s[l] + b);
 }
 
 INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double const* x, double* z)
@@ -166,8 +174,7 @@ INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double c
             double const* const of_input = x + at(input[from + c]) * lanes;
             return {of_input, of_input, w.w1[entry[from + c]]};
         };
-        add_terms(f.first[at(j) + 1] - from, finite, terms, z);
-        finish_sums(z, bias < 0 ? nullptr : w.b1 + bias);
+        add_terms(f.first[at(j) + 1] - from, finite, terms, bias < 0 ? nullptr : w.b1 + bias, z);
     }
 }
 
@@ -178,8 +185,8 @@ INLINE void output_sums(flat_net const& f, flat_weights w, block const& b, doubl
         std::size_t const from = at(unit[c]) * lanes;
         return {&b.h[from], &b.z[from], w.w2[c]};
     };
-    add_terms(static_cast<int>(f.w2_unit.size()), b.finite, terms, z);
-    finish_sums(z, f.b2_entry < 0 ? nullptr : w.b2);
+    add_terms(static_cast<int>(f.w2_unit.size()), b.finite, terms, f.b2_entry < 0 ? nullptr : w.b2,
+              z);
 }
 
 INLINE void forward(flat_net const& f, flat_weights w, double const* x, block& b)

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <iostream>
+#include <limits>
 
 namespace varnow {
 
@@ -54,23 +56,44 @@ struct penalty
     double S, D;
 };
 
-// Set 0 and the structure of the net, made ready once for the many passes of a step.
+int parameters(neural_net const& net)
+{
+    int P = 0;
+    for (sparse const* g : {&net.gw1, &net.gb1, &net.gw2, &net.gb2}) P += std::max(g->nnz, 0);
+    return P;
+}
+
+// Set 0 and the structure of the net, made ready once for the many passes of training.
 class learning_set
 {
 public:
     explicit learning_set(neural_net& net)
-        : net_(net),
-          flat_(net),
-          patterns_(net, 0),
-          rep_(patterns_.target.size()),
-          y_(patterns_.target.size())
+        : net_(net), flat_(net), patterns_(net, 0), rep_(patterns_.target.size())
     {
-        for (int p = 0; p < patterns_.n; ++p) rep_[at(p)] = net.rep.cell[p][0];
+        weigh_patterns();
     }
+    void weigh_patterns()
+    {
+        for (int p = 0; p < patterns_.n; ++p) rep_[at(p)] = net_.rep.cell[p][0];
+    }
+
+    /// As error(0) and corr(0) of the net; after a step of a search its outputs are known.
+    double error()
+    {
+        double total = 0.0;
+        std::vector<double> const& y = outputs();
+        for (std::size_t p = 0; p < y.size(); ++p) {
+            double const e = patterns_.target[p] - y[p];
+            total += e * e;
+        }
+        return total / patterns_.n;
+    }
+    double corr() { return cor(column(patterns_.target), column(outputs())); }
 
     /// The gradient but for its factor, unpenalised; returns the mean squared error.
     double make_gradient(bool train_hidden)
     {
+        least_ = std::numeric_limits<double>::infinity();
         for (sparse* g : {&net_.gw1, &net_.gb1, &net_.gw2, &net_.gb2}) g->zeros();
         double const total =
             add_flat_gradient(flat_, detail::weights_of(net_), patterns_, rep_.data(), train_hidden,
@@ -139,23 +162,70 @@ private:
         net_.tw2.cpyindex(net_.w2);
     }
 
+    // Outputs and the weights that gave them.
+    struct pass
+    {
+        std::vector<double> w, y;
+    };
+
+    void find_outputs(sparse const& w1, sparse const& b1, sparse const& w2, sparse const& b2,
+                      pass& to)
+    {
+        to.y.resize(patterns_.target.size());
+        flat_outputs(flat_, {w1.values, b1.values, w2.values, b2.values}, patterns_, to.y.data());
+        to.w.clear();
+        for (sparse const* s : {&w1, &b1, &w2, &b2})
+            if (s->nnz > 0) to.w.insert(to.w.end(), s->values, s->values + s->nnz);
+    }
+
+    bool belongs_to_net(pass const& known) const
+    {
+        double const* w = known.w.data();
+        if (known.w.size() != at(parameters(net_))) return false;
+        for (sparse const* s : {&net_.w1, &net_.b1, &net_.w2, &net_.b2}) {
+            std::size_t const count = at(std::max(s->nnz, 0));
+            if (count > 0 && std::memcmp(w, s->values, count * sizeof *w) != 0) return false;
+            w += count;
+        }
+        return !known.w.empty();
+    }
+
+    std::vector<double> const& outputs()
+    {
+        if (!belongs_to_net(best_)) find_outputs(net_.w1, net_.b1, net_.w2, net_.b2, best_);
+        return best_.y;
+    }
+
+    static matrix column(std::vector<double> const& v)
+    {
+        matrix m(static_cast<int>(v.size()), 1);
+        for (int p = 0; p < m.rows; ++p) m.cell[p][0] = v[at(p)];
+        return m;
+    }
+
     double error_of_trial(int use_penalty)
     {
-        flat_outputs(flat_, {net_.tw1.values, net_.tb1.values, net_.tw2.values, net_.tb2.values},
-                     patterns_, y_.data());
+        find_outputs(net_.tw1, net_.tb1, net_.tw2, net_.tb2, last_);
         double total = 0.0;
-        for (std::size_t p = 0; p < y_.size(); ++p) {
-            double const e = patterns_.target[p] - y_[p];
+        for (std::size_t p = 0; p < last_.y.size(); ++p) {
+            double const e = patterns_.target[p] - last_.y[p];
             if (rep_[p] > 0.0) total += rep_[p] * (e * e);
         }
-        double const mean = total / net_.rep_total;
-        return use_penalty ? mean + penalty(net_, net_.tw1, net_.tw2, net_.tb1).value() : mean;
+        double error = total / net_.rep_total;
+        if (use_penalty) error += penalty(net_, net_.tw1, net_.tw2, net_.tb1).value();
+        if (error <= least_) {
+            least_ = error;
+            std::swap(last_, best_);
+        }
+        return error;
     }
 
     neural_net& net_;
     detail::flat_net flat_;
     detail::flat_patterns patterns_;
-    std::vector<double> rep_, y_;
+    std::vector<double> rep_;
+    pass last_, best_;
+    double least_ = 0.0; // error of the best trial of a step
 };
 
 // Where the line search ended.
@@ -199,13 +269,6 @@ void take_conjugate_step(neural_net& net, double step)
     net.b1.subassign(net.db1, step);
     net.w2.subassign(net.dw2, step);
     net.b2.subassign(net.db2, step);
-}
-
-int parameters(neural_net const& net)
-{
-    int P = 0;
-    for (sparse const* g : {&net.gw1, &net.gb1, &net.gw2, &net.gb2}) P += std::max(g->nnz, 0);
-    return P;
 }
 
 void prepare_damped_search(neural_net& net)
@@ -280,36 +343,34 @@ void take_damped_step(neural_net& net)
     net.db2 = net.gb2;
 }
 
-} // namespace
-
-int neural_net::backprop(int use_cg, int use_gn, int train_hidden, int use_penalty)
+// What backprop does and returns.
+int take_step(neural_net& net, learning_set& set, int use_cg, int use_gn, int train_hidden,
+              int use_penalty)
 {
-    if (!detail::can_train(*this, "int backprop(int,int,int,int)")) return 1;
-    learning_set set(*this);
     double m = set.make_gradient(train_hidden != 0);
     set.show_last_pattern(train_hidden != 0);
-    for (sparse* g : {&gw1, &gb1, &gw2, &gb2}) *g *= -2.0;
+    for (sparse* g : {&net.gw1, &net.gb1, &net.gw2, &net.gb2}) *g *= -2.0;
     if (use_penalty) {
-        penalty const p(*this, w1, w2, b1);
+        penalty const p(net, net.w1, net.w2, net.b1);
         m += p.value();
-        p.add_gradient(w1, gw1);
-        p.add_gradient(b1, gb1);
-        p.add_gradient(w2, gw2);
+        p.add_gradient(net.w1, net.gw1);
+        p.add_gradient(net.b1, net.gb1);
+        p.add_gradient(net.w2, net.gw2);
     }
     if (!use_cg && !use_gn) return 1;
 
     line_minimum line = {0.0, m};
-    if (use_cg) line = conjugate_search(*this, set, train_hidden, use_penalty);
+    if (use_cg) line = conjugate_search(net, set, train_hidden, use_penalty);
     bool const line_gains = line.error < m;
     damped_result damped = {false, 0.0};
-    if (use_gn) damped = damped_search(*this, set, m, use_penalty);
+    if (use_gn) damped = damped_search(net, set, m, use_penalty);
 
     // The damped step is compared by its last trial, though the best one is taken. The errors are
     // known; the trial weights are left as if they had been found anew.
     if (use_cg) set.try_along(line.step);
     if (line_gains && damped.finished) set.try_step();
     if (line_gains && !(damped.finished && damped.last_error <= line.error)) {
-        take_conjugate_step(*this, line.step);
+        take_conjugate_step(net, line.step);
         return 0;
     }
     if (!use_gn) return 0;
@@ -317,8 +378,17 @@ int neural_net::backprop(int use_cg, int use_gn, int train_hidden, int use_penal
         std::cout << "BACKPROP - STOP";
         return 1;
     }
-    take_damped_step(*this);
+    take_damped_step(net);
     return 0;
+}
+
+} // namespace
+
+int neural_net::backprop(int use_cg, int use_gn, int train_hidden, int use_penalty)
+{
+    if (!detail::can_train(*this, "int backprop(int,int,int,int)")) return 1;
+    learning_set set(*this);
+    return take_step(*this, set, use_cg, use_gn, train_hidden, use_penalty);
 }
 
 double neural_net::error_tau(double t, int penalty)
@@ -427,12 +497,13 @@ int neural_net::learn(int min_iter, int max_iter, int patience, double min_gain,
 {
     if (!detail::can_train(*this, "int learn(int,int,int,double,int,int,int,int)")) return 1;
     std::cout << "\nlearn\n";
+    learning_set set(*this);
     best_weights kept(*this);
-    double best = error(0);
+    double best = set.error();
     smoothed_gain gain(best);
     for (int i = 1, idle = 0; idle <= patience; ++i) {
-        int const flag = backprop(use_cg, use_gn, train_hidden, use_penalty);
-        double const e = error(0), g = gain.after(e);
+        int const flag = take_step(*this, set, use_cg, use_gn, train_hidden, use_penalty);
+        double const e = set.error(), g = gain.after(e);
         std::cout << i << " - " << e << " & " << g << std::endl;
         if (!flag && best > e) {
             kept.keep();
@@ -454,14 +525,15 @@ int neural_net::learn_and_valid(int min_iter, int max_iter, int patience, double
 {
     if (!detail::can_train(*this, "int learn_and_valid(int,int,int,double,int,int,int)")) return 1;
     std::cout << "\nlearn and valid\n";
+    learning_set set(*this);
     best_weights kept(*this);
-    double noted0 = corr(0), noted1 = corr(1);
+    double noted0 = set.corr(), noted1 = corr(1);
     double best = quality(noted0, noted1);
-    smoothed_gain gain(error(0));
+    smoothed_gain gain(set.error());
     bool found = noted0 > 0.0 && noted1 > 0.0;
     for (int i = 1, idle = 0; idle <= patience; ++i) {
-        int const flag = backprop(use_cg, use_gn, train_hidden, 0);
-        double const c0 = corr(0), c1 = corr(1), g = gain.after(error(0));
+        int const flag = take_step(*this, set, use_cg, use_gn, train_hidden, 0);
+        double const c0 = set.corr(), c1 = corr(1), g = gain.after(set.error());
         double const q = quality(c0, c1), drop = best - q;
         std::cout << i << " - " << c0 << " $ " << c1 << " & " << g << " && " << drop << std::endl;
         if (i >= max_iter) break;
@@ -491,13 +563,14 @@ int neural_net::fit(int rounds, int use_cg, int use_gn, int train_hidden)
     double const fraction = 1.5;
     if (!detail::can_train(*this, "int fit(int,int,int,int)")) return 1;
     std::cout << "\nfit\n";
+    learning_set set(*this);
     best_weights kept(*this);
     double best = error_rep(fraction);
     for (int i = 1; i <= rounds; ++i) {
         int flag = 0;
         double e = best;
         for (int step = 1; step <= most_steps; ++step) {
-            flag = backprop(use_cg, use_gn, train_hidden, 0);
+            flag = take_step(*this, set, use_cg, use_gn, train_hidden, 0);
             e = error_rep(fraction);
             if (flag || !(e > best)) break;
         }
@@ -508,6 +581,7 @@ int neural_net::fit(int rounds, int use_cg, int use_gn, int train_hidden)
         } else {
             kept.put_back();
             random_rep(fraction);
+            set.weigh_patterns();
         }
     }
     kept.put_back();
