@@ -137,16 +137,19 @@ int turns_to(neural_net net, int use_gn, double wanted_error)
     return turns;
 }
 
-void learn_to(benchmark::State& state, int use_gn, double wanted_error)
+void learn_to(benchmark::State& state, int act_hid, int use_gn, double wanted_error)
 {
     silence quiet;
+    std::vector<neural_net> nets = beginnings();
     std::vector<int> turns;
-    for (neural_net const& net : beginnings())
+    for (neural_net& net : nets) {
+        net.set_activ_fun(act_hid, 3);
         turns.push_back(turns_to(net, use_gn, wanted_error));
+    }
     for (auto _ : state) {
         double reached = 0.0, total = 0.0;
         for (int k = 0; k < starts; ++k) {
-            neural_net net = beginnings()[k];
+            neural_net& net = nets[k];
             net.learn(turns[k], turns[k], turns[k], 0.0, 1, use_gn, 1, 0);
             reached += net.error(0) <= wanted_error;
             total += turns[k];
@@ -198,10 +201,13 @@ BENCHMARK(gradient_by_hand)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(step, conjugate, 1, 0)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(step, both, 1, 1)->Unit(benchmark::kMillisecond);
 #define LEARN(name, error)                                                                         \
-    BENCHMARK_CAPTURE(learn_to, name##_conjugate, 0, error)                                        \
+    BENCHMARK_CAPTURE(learn_to, name##_tanh, 2, 0, error)                                          \
         ->Unit(benchmark::kMillisecond)                                                            \
         ->Iterations(1);                                                                           \
-    BENCHMARK_CAPTURE(learn_to, name##_both, 1, error)                                             \
+    BENCHMARK_CAPTURE(learn_to, name##_tanh_both, 2, 1, error)                                     \
+        ->Unit(benchmark::kMillisecond)                                                            \
+        ->Iterations(1);                                                                           \
+    BENCHMARK_CAPTURE(learn_to, name##_logistic, 1, 0, error)                                      \
         ->Unit(benchmark::kMillisecond)                                                            \
         ->Iterations(1);                                                                           \
     BENCHMARK_CAPTURE(learn_to_by_nnet, name, error)                                               \

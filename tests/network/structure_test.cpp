@@ -167,6 +167,35 @@ TEST(NeuralNet, GivesTheValuesOfTheSparseOperations)
     });
 }
 
+// One unit whose value is the tangent of the input: around the numbers where a power of 2 comes in,
+// where the way of reckoning changes, and at the ends.
+TEST(NeuralNet, GivesTheTangentsOfTheLibrary)
+{
+    double const large = std::numeric_limits<double>::max();
+    std::vector<double> x = {2e-15, 1e-9, 6.5, 19.9, 20.0, 22.0, 700.0, large, INFINITY, NAN};
+    for (int power = 0; power < 64; ++power)
+        for (double border : {(power + 0.5) * std::log(2.0) / 2, power / 4.0}) {
+            for (int k = 0; k < 20; ++k) border = std::nextafter(border, 0.0);
+            for (int k = 0; k < 40; ++k) x.push_back(border = std::nextafter(border, 99.0));
+        }
+    matrix in(static_cast<int>(x.size()), 1);
+    for (int p = 0; p < in.rows; ++p) in.cell[p][0] = p % 2 ? x[p] : -x[p];
+    neural_net net(1, 1, 2, 3);
+    net.init(1.0);
+    net.w1[1] = net.w2[1] = 1.0;
+    net.b1 = spempty(1, 1);
+    net.b2 = spempty(1, 1);
+    net.init_vars();
+    net.set_patterns(in, zeros(in.rows, 1), 0);
+    test::on_every_machine([&] {
+        matrix const y = net.values(0);
+        for (int p = 0; p < in.rows; ++p) {
+            double const t = std::fabs(in.cell[p][0]) <= 1e-15 ? 0.0 : std::tanh(in.cell[p][0]);
+            ASSERT_TRUE(test::same_bits(y.cell[p][0], t)) << in.cell[p][0] << " " << y.cell[p][0];
+        }
+    });
+}
+
 TEST(NeuralNet, LeavesUnitsWithoutAStoredSumAtZero)
 {
     neural_net net(1, 1, 1, 1);

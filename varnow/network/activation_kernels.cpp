@@ -251,8 +251,7 @@ template <bool near> WIDE_PART pair tanh_of(pair x)
 
     powers const p = powers_of(shifted, small);
     pair power = multiply_less(p.add - (rest - r), p.up, p.take);
-    if constexpr (!near)
-        power = pick(k < 20.0, power, ((r - (rest + p.down)) + one) * p.up);
+    if constexpr (!near) power = pick(k < 20.0, power, ((r - (rest + p.down)) + one) * p.up);
     pair const quotient = pick_negative(small, power, both(2.0)) / (power + both(2.0));
     pair const y = pick(small, quotient, one - quotient);
     return with_sign(y, x);

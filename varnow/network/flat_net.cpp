@@ -30,6 +30,11 @@ std::vector<int> entries_of(sparse const& s, int const* position, int count, std
     return entry;
 }
 
+bool all_finite(double const* w, std::size_t count)
+{
+    return std::all_of(w, w + count, [](double x) { return std::isfinite(x); });
+}
+
 INLINE double kept(double v)
 {
     return is_kept(v) ? v : 0.0;
@@ -44,6 +49,7 @@ flat_patterns::flat_patterns(neural_net const& net, int set)
     target.resize(at(n));
     sparse const &in = net.inputs[set], &out = net.outputs[set];
     double* of_pattern = nullptr;
+    finite = all_finite(in.values, at(std::max(in.nnz, 0)));
     for (int k = 0, last = 0; k < in.nnz; ++k) {
         int const p = in.rowidx[k] - 1;
         if (p >= n) continue;
@@ -88,11 +94,6 @@ flat_net::flat_net(neural_net const& net)
 }
 
 namespace {
-
-bool all_finite(double const* w, std::size_t count)
-{
-    return std::all_of(w, w + count, [](double x) { return std::isfinite(x); });
-}
 
 // One block of patterns on its way through the net.
 struct block
@@ -228,6 +229,9 @@ INLINE void find_outputs(flat_net const& f, flat_weights w, flat_patterns const&
     }
 }
 
+// Room behind the last unit, so that a vector may begin at any of them.
+constexpr std::size_t room = sizeof(cells) / sizeof(double);
+
 INLINE void by_pattern(std::vector<double> const& by_unit, std::vector<double>& to)
 {
     std::size_t const units = by_unit.size() / lanes;
@@ -235,81 +239,124 @@ INLINE void by_pattern(std::vector<double> const& by_unit, std::vector<double>& 
         for (std::size_t l = 0; l < lanes; ++l) to[l * units + j] = by_unit[j * lanes + l];
 }
 
-// g[k] += f(v of the unit of entry k); units that follow each other are read as they stand.
-template <class F>
-INLINE void add_by_unit(int const* unit, int count, double const* v, double* g, F const& f)
+bool follow_each_other(int const* unit, int count)
 {
-    if (count == 0) return;
-    if (unit[count - 1] - unit[0] == count - 1) {
-        double const* const from = v + unit[0];
-#pragma omp simd
-        for (int k = 0; k < count; ++k) g[k] += f(from[k]);
-    } else {
-        for (int k = 0; k < count; ++k) g[k] += f(v[unit[k]]);
+    return count > 0 && unit[count - 1] - unit[0] == count - 1;
+}
+
+// g[k] += the terms of entry k, in the order of the patterns, for entries of units that follow each
+// other: term(l, v) makes them from the values v of the units for pattern l.
+template <class Used, class Term>
+INLINE void add_together(int count, double const* v, int units, int patterns, double* g,
+                         Used const& used, Term const& term)
+{
+    for (int k = 0; k < count; k += static_cast<int>(room)) {
+        std::size_t const size = std::min(room, at(count - k)) * sizeof *g;
+        cells sum = {};
+        std::memcpy(&sum, g + k, size);
+        for (int l = 0; l < patterns; ++l) {
+            if (!used(l)) continue;
+            cells c;
+            std::memcpy(&c, v + at(l) * at(units) + k, sizeof c);
+            term(l, c);
+            sum += c;
+        }
+        std::memcpy(g + k, &sum, size);
     }
 }
 
-INLINE void add_output_gradient(flat_net const& f, double const* h, double rd, double* g)
+// The patterns of a block in the gradient, beside each other or pattern by pattern.
+struct slopes
 {
-    add_by_unit(f.w2_unit.data(), static_cast<int>(f.w2_unit.size()), h, g,
-                [=](double v) { return rd * v; });
+    slopes(flat_net const& f, flat_weights w) : b(f, w), h(b.h.size() + room), d(b.d.size() + room)
+    {
+    }
+
+    block b;
+    std::vector<double> h, d; // by pattern
+    double r[lanes];          // weights of the patterns
+    double rd[lanes];         // times their deltas
+    int count;
+};
+
+INLINE void add_output_gradient(flat_net const& f, slopes const& s, flat_gradient g)
+{
+    auto const used = [&](int l) { return s.r[l] > 0.0; };
+    int const* const unit = f.w2_unit.data();
+    int const entries = static_cast<int>(f.w2_unit.size());
+    if (follow_each_other(unit, entries) && all_finite(s.rd, at(s.count))) {
+        add_together(entries, s.h.data() + unit[0], f.n_hid, s.count, g.w2, used,
+                     [&](int l, cells& c) { c *= s.rd[l]; });
+    } else {
+        for (int k = 0; k < entries; ++k)
+            for (int l = 0; l < s.count; ++l) {
+                std::size_t const u = at(unit[k]) * lanes + at(l);
+                if (used(l) && s.b.z[u] != 0.0) g.w2[k] += s.rd[l] * s.b.h[u];
+            }
+    }
+    if (f.b2_entry < 0) return;
+    double sum = *g.b2;
+    for (int l = 0; l < s.count; ++l)
+        if (used(l)) sum += s.rd[l];
+    *g.b2 = sum;
 }
 
-INLINE void add_hidden_gradient(flat_net const& f, double const* x, double const* d, double r,
+INLINE void add_hidden_gradient(flat_net const& f, slopes const& s, double const* x, bool finite,
                                 flat_gradient g)
 {
-    for (int i = 0; i < f.n_in; ++i) {
-        double const xi = x[at(i) * lanes];
-        int const from = f.row[at(i)];
-        if (xi == 0.0) continue;
-        if (std::isfinite(xi)) {
-            add_by_unit(f.unit.data() + from, f.row[at(i) + 1] - from, d, g.w1 + from,
-                        [=](double v) { return r * kept(xi * v); });
+    for (int i = 0; i < f.n_in; ++i, x += lanes) {
+        auto const used = [&](int l) { return s.r[l] > 0.0 && x[l] != 0.0; };
+        int const from = f.row[at(i)], to = f.row[at(i) + 1], *const unit = f.unit.data();
+        if (finite && follow_each_other(unit + from, to - from)) {
+            add_together(to - from, s.d.data() + unit[from], f.n_hid, s.count, g.w1 + from, used,
+                         [&](int l, cells& c) {
+                             c *= x[l];
+                             drop_small(c);
+                             c *= s.r[l];
+                         });
             continue;
         }
-        for (int k = from; k < f.row[at(i) + 1]; ++k) {
-            double const v = d[f.unit[at(k)]];
-            if (v != 0.0) g.w1[k] += r * kept(xi * v);
-        }
+        for (int k = from; k < to; ++k)
+            for (int l = 0; l < s.count; ++l) {
+                double const v = s.b.d[at(unit[k]) * lanes + at(l)];
+                if (used(l) && v != 0.0) g.w1[k] += s.r[l] * kept(x[l] * v);
+            }
     }
-    add_by_unit(f.b1_unit.data(), static_cast<int>(f.b1_unit.size()), d, g.b1,
-                [=](double v) { return r * v; });
+    auto const used = [&](int l) { return s.r[l] > 0.0; };
+    int const *const unit = f.b1_unit.data(), entries = static_cast<int>(f.b1_unit.size());
+    if (follow_each_other(unit, entries)) {
+        add_together(entries, s.d.data() + unit[0], f.n_hid, s.count, g.b1, used,
+                     [&](int l, cells& c) { c *= s.r[l]; });
+        return;
+    }
+    for (int k = 0; k < entries; ++k)
+        for (int l = 0; l < s.count; ++l)
+            if (used(l)) g.b1[k] += s.r[l] * s.b.d[at(unit[k]) * lanes + at(l)];
 }
 
 INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,
                            double const* rep, bool train_hidden, flat_gradient g)
 {
-    block b(f, w);
-    std::vector<double> h(b.h.size()), d(b.d.size());
+    slopes s(f, w);
     double total = 0.0, delta[lanes];
     for (int from = 0; from < p.n; from += lanes) {
         double const* const x = p.x.data() + at(from) * at(p.width);
-        int const count = std::min(lanes, p.n - from);
-        forward(f, w, x, b);
+        s.count = std::min(lanes, p.n - from);
+        forward(f, w, x, s.b);
         for (int l = 0; l < lanes; ++l) {
-            double const e = l < count ? p.target[at(from + l)] - b.y[l] : 0.0;
-            if (l < count && rep[from + l] > 0.0) total += e * e * rep[from + l];
-            delta[l] = e * slope(b.y[l], f.act_out);
+            bool const there = l < s.count;
+            double const e = there ? p.target[at(from + l)] - s.b.y[l] : 0.0;
+            s.r[l] = there ? rep[from + l] : 0.0;
+            if (s.r[l] > 0.0) total += e * e * s.r[l];
+            delta[l] = e * slope(s.b.y[l], f.act_out);
+            s.rd[l] = s.r[l] * delta[l];
         }
-        by_pattern(b.h, h);
-        if (train_hidden) {
-            hidden_deltas(f, w, delta, b.z.data(), b.h.data(), b.d.data());
-            by_pattern(b.d, d);
-        }
-        for (int l = 0; l < count; ++l) {
-            double const r = rep[from + l], rd = r * delta[l];
-            if (!(r > 0.0)) continue;
-            if (std::isfinite(rd)) {
-                add_output_gradient(f, h.data() + l * f.n_hid, rd, g.w2);
-            } else {
-                for (std::size_t k = 0; k < f.w2_unit.size(); ++k) {
-                    std::size_t const u = at(f.w2_unit[k]) * lanes + at(l);
-                    if (b.z[u] != 0.0) g.w2[k] += rd * b.h[u];
-                }
-            }
-            if (f.b2_entry >= 0) *g.b2 += rd;
-            if (train_hidden) add_hidden_gradient(f, x + l, d.data() + l * f.n_hid, r, g);
-        }
+        by_pattern(s.b.h, s.h);
+        add_output_gradient(f, s, g);
+        if (!train_hidden) continue;
+        hidden_deltas(f, w, delta, s.b.z.data(), s.b.h.data(), s.b.d.data());
+        by_pattern(s.b.d, s.d);
+        add_hidden_gradient(f, s, x, p.finite, g);
     }
     return total;
 }

@@ -22,6 +22,7 @@ struct flat_patterns
     std::vector<double> x;
     std::vector<double> target;
     int n, width;
+    bool finite; ///< all inputs
 };
 
 /// Values of weights or gradients in the list order of the matrices.

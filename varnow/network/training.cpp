@@ -5,6 +5,7 @@
 #include <varnow/containers/ordering.h>
 #include <varnow/network/checks.h>
 #include <varnow/network/flat_net.h>
+#include <varnow/network/generator.h>
 #include <varnow/numerics/brent.h>
 
 #include <algorithm>
@@ -15,14 +16,17 @@
 
 namespace varnow {
 
+namespace detail {
+
+std::uint32_t network_state = 12345;
+
+} // namespace detail
+
 namespace {
 
 using detail::refuse_net;
 
 constexpr int most_doublings = 30, most_trials = 30;
-
-// The network's own generator.
-std::uint32_t state = 12345;
 
 std::size_t at(int k)
 {
@@ -601,7 +605,7 @@ int sample_size(int n, double fraction, char const* routine)
 
 int random_pattern(int n)
 {
-    return static_cast<int>(detail::random_step(state) % static_cast<unsigned>(n));
+    return static_cast<int>(detail::random_step(detail::network_state) % static_cast<unsigned>(n));
 }
 
 } // namespace
