@@ -2,6 +2,7 @@
 
 #include "tests/support/bits.h"
 #include "tests/support/containers.h"
+#include "tests/support/refusals.h"
 
 #include <cmath>
 #include <functional>
@@ -145,8 +146,8 @@ TEST(FitThreads, ExceptionsOfTheModelReachTheCaller)
     EXPECT_THROW(err_fit("1; 2; 3; 9", "1; 2; 3; 4", thrower, par, EsQuadratic), std::range_error);
 }
 
-// Nonlinear regressions of the NIST statistical reference data sets; BoxBOD is of Misra's model.
-scalar_model const misra1a = [](double x, matrix& b) { return b(1) * (1 - std::exp(-b(2) * x)); };
+// Nonlinear regressions of the NIST statistical reference data sets.
+scalar_model const boxbod = [](double x, matrix& b) { return b(1) * (1 - std::exp(-b(2) * x)); };
 scalar_model const mgh09 = [](double x, matrix& b) {
     return b(1) * (x * x + x * b(2)) / (x * x + x * b(3) + b(4));
 };
@@ -167,89 +168,63 @@ TEST(Fits, ReachTheCertifiedValues)
     {
         char const* name;
         scalar_model f;
-        matrix x, y, starts, certified; // the first start is farther away
-        double squares;                 // certified sum of squared residuals
-        double wanted[2]; // digits to be reached; 0 where the simplex may end elsewhere
+        matrix data;       // x and y
+        matrix parameters; // a start far away, a nearer one and the certified values
+        double squares;    // certified sum of squared residuals
+        int far, near;     // digits to be reached; 0 where the simplex may end elsewhere
     } const sets[] = {
-        {"Misra1a",
-         misra1a,
-         "77.6 114.9 141.1 190.8 239.9 289 332.8 378.4 434.8 477.3 536.8 593.1 689.1 760",
-         "10.07 14.73 17.94 23.93 29.61 35.18 40.02 44.82 50.76 55.05 61.01 66.4 75.47 81.78",
-         "500 250; 0.0001 0.0005",
-         "238.94212918; 5.5015643181E-04",
-         1.2455138894E-01,
-         {6, 6}},
-        {"BoxBOD",
-         misra1a,
-         "1 2 3 5 7 10",
-         "109 149 149 191 213 224",
-         "1 100; 1 0.75",
-         "213.80940889; 0.54723748542",
-         1.1680088766E+03,
-         {0, 7}},
-        {"MGH09",
-         mgh09,
-         "4 2 1 0.5 0.25 0.167 0.125 0.1 0.0833 0.0714 0.0625",
+        {"BoxBOD", boxbod, "1 2 3 5 7 10; 109 149 149 191 213 224",
+         "1 100 213.80940889; 1 0.75 0.54723748542", 1.1680088766E+03, 0, 7},
+        {"MGH09", mgh09,
+         "4 2 1 0.5 0.25 0.167 0.125 0.1 0.0833 0.0714 0.0625;"
          "0.1957 0.1947 0.1735 0.16 0.0844 0.0627 0.0456 0.0342 0.0323 0.0235 0.0246",
-         "25 0.25; 39 0.39; 41.5 0.415; 39 0.39",
-         "0.19280693458; 0.19128232873; 0.12305650693; 0.13606233068",
-         3.0750560385E-04,
-         {0, 5}},
-        {"Rat43",
-         rat43,
-         seq(1, 15),
+         "25 0.25 0.19280693458; 39 0.39 0.19128232873; 41.5 0.415 0.12305650693;"
+         "39 0.39 0.13606233068",
+         3.0750560385E-04, 0, 5},
+        {"Rat43", rat43,
+         "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15;"
          "16.08 33.83 65.8 97.2 191.55 326.2 386.87 520.53 590.03 651.92 724.93 699.56 689.96 "
          "637.56 717.41",
-         "100 700; 10 5; 1 0.75; 1 1.3",
-         "699.6415127; 5.2771253025; 0.75962938329; 1.2792483859",
-         8.7864049080E+03,
-         {0, 5}},
-        {"MGH10",
-         mgh10,
-         seq(50, 125, 5),
+         "100 700 699.6415127; 10 5 5.2771253025; 1 0.75 0.75962938329; 1 1.3 1.2792483859",
+         8.7864049080E+03, 0, 5},
+        {"MGH10", mgh10,
+         "50 55 60 65 70 75 80 85 90 95 100 105 110 115 120 125;"
          "34780 28610 23650 19630 16370 13720 11540 9744 8261 7030 6005 5147 4427 3820 3307 2872",
-         "2 0.02; 400000 4000; 25000 250",
-         "5.6096364710E-03; 6181.3463463; 345.22363462",
-         8.7945855171E+01,
-         {0, 5}},
-        {"Thurber",
-         thurber,
+         "2 0.02 5.6096364710E-03; 400000 4000 6181.3463463; 25000 250 345.22363462",
+         8.7945855171E+01, 0, 5},
+        {"Thurber", thurber,
          "-3.067 -2.981 -2.921 -2.912 -2.84 -2.797 -2.702 -2.699 -2.633 -2.481 -2.363 -2.322 "
          "-1.501 -1.46 -1.274 -1.212 -1.1 -1.046 -0.915 -0.714 -0.566 -0.545 -0.4 -0.309 -0.109 "
-         "-0.103 0.01 0.119 0.377 0.79 0.963 1.006 1.115 1.572 1.841 2.047 2.2",
+         "-0.103 0.01 0.119 0.377 0.79 0.963 1.006 1.115 1.572 1.841 2.047 2.2;"
          "80.574 84.248 87.264 87.195 89.076 89.608 89.868 90.101 92.405 95.854 100.696 101.06 "
          "401.672 390.724 567.534 635.316 733.054 759.087 894.206 990.785 1090.109 1080.914 "
          "1122.643 1178.351 1260.531 1273.514 1288.339 1327.543 1353.863 1414.509 1425.208 "
          "1421.384 1442.962 1464.35 1468.705 1447.894 1457.628",
-         "1000 1300; 1000 1500; 400 500; 40 75; 0.7 1; 0.3 0.4; 0.03 0.05",
-         "1288.13968; 1491.0792535; 583.23836877; 75.416644291; 0.96629502864; 0.39797285797; "
-         "0.049727297349",
-         5.6427082397E+03,
-         {5, 5}},
-        {"Eckerle4",
-         eckerle4,
+         "1000 1300 1288.13968; 1000 1500 1491.0792535; 400 500 583.23836877; 40 75 75.416644291;"
+         "0.7 1 0.96629502864; 0.3 0.4 0.39797285797; 0.03 0.05 0.049727297349",
+         5.6427082397E+03, 5, 5},
+        {"Eckerle4", eckerle4,
          "400 405 410 415 420 425 430 435 436.5 438 439.5 441 442.5 444 445.5 447 448.5 450 451.5 "
-         "453 454.5 456 457.5 459 460.5 462 463.5 465 470 475 480 485 490 495 500",
+         "453 454.5 456 457.5 459 460.5 462 463.5 465 470 475 480 485 490 495 500;"
          "0.0001575 0.0001699 0.000235 0.0003102 0.0004917 0.000871 0.0017418 0.00464 0.0065895 "
          "0.0097302 0.0149002 0.023731 0.0401683 0.0712559 0.1264458 0.2073413 0.2902366 0.3445623 "
          "0.3698049 0.3668534 0.3106727 0.2078154 0.1164354 0.0616764 0.03372 0.0194023 0.0117831 "
          "0.0074357 0.0022732 0.00088 0.0004579 0.0002345 0.0001586 0.0001143 0.000071",
-         "1 1.5; 10 5; 500 450",
-         "1.5543827178; 4.0888321754; 451.54121844",
-         1.4635887487E-03,
-         {7, 7}},
+         "1 1.5 1.5543827178; 10 5 4.0888321754; 500 450 451.54121844", 1.4635887487E-03, 7, 7},
     };
     for (auto const& s : sets) {
         SCOPED_TRACE(s.name);
-        matrix par = s.certified;
-        EXPECT_NEAR(s.x.cols * std::pow(err_fit(~s.x, s.y, s.f, par, EsQuadratic), 2), s.squares,
+        matrix const x = ~s.data.row(1), y = s.data.row(2), certified = s.parameters.col(3);
+        matrix par = certified;
+        EXPECT_NEAR(x.rows * std::pow(err_fit(x, y, s.f, par, EsQuadratic), 2), s.squares,
                     1e-9 * s.squares);
-        for (int k : {0, 1}) {
-            par = s.starts.col(k + 1);
+        for (int k : {1, 2}) {
+            par = s.parameters.col(k);
             // A simplex that has shrunk begins anew around its answer.
-            for (int runs = 0; runs < 20 && !fits(~s.x, s.y, s.f, par, 1e-11, EsQuadratic);) ++runs;
-            for (int j = 1; j <= par.rows && s.wanted[k] > 0; ++j)
-                EXPECT_NEAR(par(j) / s.certified(j), 1, std::pow(10, -s.wanted[k])) << k << j;
+            for (int runs = 0; runs < 20 && !fits(x, y, s.f, par, 1e-11, EsQuadratic);) ++runs;
+            int const digits = k == 1 ? s.far : s.near;
+            for (int j = 1; j <= par.rows && digits > 0; ++j)
+                EXPECT_NEAR(par(j) / certified(j), 1, std::pow(10, -digits)) << k << ", " << j;
         }
     }
 }
@@ -303,13 +278,7 @@ TEST(FitsDeathTest, RefuseWhatCannotBeFitted)
     std::string const error = "double err_fit(matrix,matrix," + scalar + ",matrix,EsType)";
     std::string const values = "matrix fun_fit(matrix," + scalar + ",matrix)";
     char const *const none = "brak funkcji", *const sizes = "niezgodne wymiary macierzy";
-    struct
-    {
-        std::function<void()> call;
-        std::string routine;
-        char const* message;
-        char const* detail = "";
-    } const cases[] = {
+    test::refusal const cases[] = {
         {[&] { fun_fit(X, f, par); }, values, none},
         {[&] { fun_fit(X, rf, par); }, "matrix fun_fit(matrix," + row + ",matrix)", none},
         {[&] { err_fit(X, y, rf, par, EsQuadratic); },
@@ -334,8 +303,7 @@ TEST(FitsDeathTest, RefuseWhatCannotBeFitted)
         {[&] { err_fit(X, y, f_C, par, EsQuadratic); }, "double & operator ()(int)",
          "indeks poza zakresem", "2 x 1 : ( 3 )"},
     };
-    for (auto const& c : cases)
-        EXPECT_REFUSAL_DETAIL(c.call(), "MATRIX", c.routine, c.message, c.detail);
+    test::expect_refusals("MATRIX", cases);
 }
 
 } // namespace

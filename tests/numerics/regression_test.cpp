@@ -2,10 +2,12 @@
 
 #include "tests/support/bits.h"
 #include "tests/support/containers.h"
-#include "tests/support/refusal.h"
+#include "tests/support/refusals.h"
 
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <string>
 #include <vector>
 
 using namespace varnow;
@@ -15,13 +17,7 @@ using test::scattered;
 namespace {
 
 double const NaN = std::numeric_limits<double>::quiet_NaN();
-
-matrix column(std::vector<double> const& x)
-{
-    matrix m(static_cast<int>(x.size()), 1);
-    for (int i = 0; i < m.rows; ++i) m.cell[i][0] = x[static_cast<std::size_t>(i)];
-    return m;
-}
+double const inf = std::numeric_limits<double>::infinity();
 
 // Sums of products of columns, the last of which is close to a combination of the others.
 matrix products(int n)
@@ -34,8 +30,8 @@ matrix products(int n)
     return M;
 }
 
-// The sweep on each wanted pivot, cell by cell from the old object to a new one; cells outside the
-// wanted ones and `target` are 0.
+// The sweep on each wanted pivot, cell by cell from the old object to a new one; cells outside
+// those `among` which it works are 0.
 matrix plain_sweep(matrix A, std::vector<int> const& pivots, std::vector<int> const& among)
 {
     for (int k : pivots) {
@@ -54,53 +50,44 @@ matrix plain_sweep(matrix A, std::vector<int> const& pivots, std::vector<int> co
 TEST(Sweep, TakesPivotsOneAfterAnotherAndKeepsNames)
 {
     matrix const M = products(9);
-    matrix S = M;
+    matrix S = M, all = M, untouched = M, zero = "0 2; 2 3";
     S.linreg_sweep(2, 7);
     EXPECT_TRUE(same_bits(S, plain_sweep(M, {1, 2, 3, 4, 5, 6}, {0, 1, 2, 3, 4, 5, 6, 7, 8})));
     EXPECT_EQ(S.rowname(2), "v2");
     EXPECT_EQ(S.colname(9), "v9");
 
     // Sweeping every pivot gives minus the inverse.
-    S = M;
-    S.linreg_sweep(1, 9);
-    matrix const unit = mul(S, M);
-    for (int i = 0; i < 9; ++i)
-        for (int j = 0; j < 9; ++j) EXPECT_NEAR(unit.cell[i][j], i == j ? -1 : 0, 1e-9);
+    all.linreg_sweep(1, 9);
+    EXPECT_LT(double(matrix(max(~max(abs(mul(all, M) + eye(9)))))), 1e-9);
 
-    matrix untouched = M;
     untouched.linreg_sweep(5, 4);
     EXPECT_TRUE(same_bits(untouched, M));
-}
-
-TEST(Sweep, DividesByAPivotOfZeroWithoutAWord)
-{
-    matrix S = "0 2; 2 3";
-    S.linreg_sweep(1, 1);
-    double const inf = std::numeric_limits<double>::infinity();
-    EXPECT_TRUE(same_bits(S, matrix(column({-inf, inf})) | column({inf, -inf})));
+    zero.linreg_sweep(1, 1); // without a word
+    EXPECT_TRUE(same_bits(zero, ~c(-inf, inf) | ~c(inf, -inf)));
 }
 
 TEST(Sweep, UnderAConditionLeavesZerosAroundTheChosen)
 {
     matrix const M = products(6);
-    // 0.999 and 2 choose nothing; the target's own cell does not matter.
-    matrix const cond = column({1, 0.999, 1, 1, 2, 0});
-    for (double own : {0.0, 1.0}) {
-        matrix S = M, c = cond;
-        c(5) = own;
-        S.linreg_sweep_c(1, 6, c, 5);
-        EXPECT_TRUE(same_bits(S, plain_sweep(M, {0, 2, 3}, {0, 2, 3, 4})));
-        EXPECT_EQ(S.rowname(2), "v2");
-    }
-    matrix part = M;
-    part.linreg_sweep_c(2, 3, cond, 6);
-    EXPECT_TRUE(same_bits(part, plain_sweep(M, {2}, {0, 2, 3, 5})));
-
-    // Neither a target nor a variable left out is a pivot: nothing happens, not even the zeros.
-    for (int first : {2, 5}) {
+    struct
+    {
+        int first, last;
+        matrix cond; // 0.999 and 2 choose nothing; the target's own cell does not matter
+        int target;
+        std::vector<int> pivots, among;
+    } const cases[] = {
+        {1, 6, "1; 0.999; 1; 1; 0; 0", 5, {0, 2, 3}, {0, 2, 3, 4}},
+        {1, 6, "1; 0.999; 1; 1; 1; 2", 5, {0, 2, 3}, {0, 2, 3, 4}},
+        {2, 3, "1; 0.999; 1; 1; 2; 0", 6, {2}, {0, 2, 3, 5}},
+        // Neither a target nor a variable left out is a pivot: nothing happens, not even the zeros.
+        {2, 2, "1; 0.999; 1; 1; 2; 0", 5, {}, {}},
+        {5, 5, "1; 0.999; 1; 1; 2; 0", 5, {}, {}},
+    };
+    for (auto const& a : cases) {
         matrix S = M;
-        S.linreg_sweep_c(first, first, cond, 5);
-        EXPECT_TRUE(same_bits(S, M));
+        S.linreg_sweep_c(a.first, a.last, a.cond, a.target);
+        EXPECT_TRUE(same_bits(S, plain_sweep(M, a.pivots, a.among)));
+        EXPECT_EQ(S.rowname(2), "v2");
     }
 }
 
@@ -112,8 +99,7 @@ TEST(Regression, IsTheSweepOfTheBoundCrossProducts)
         matrix const X = scattered(130, p, 3), y = scattered(130, 1, 4);
         matrix M = crossprod(X | y);
         M.linreg_sweep(1, p);
-        matrix expected(p, 1);
-        for (int i = 0; i < p; ++i) expected.cell[i][0] = M.cell[i][p];
+        matrix const expected = M.col(p + 1).row($(p));
         test::on_every_machine([&] { EXPECT_TRUE(same_bits(linreg(X, y), expected)); });
     }
 }
@@ -123,28 +109,16 @@ TEST(Regression, NamesTheCoefficientsAfterTheColumns)
     matrix X = "1 1; 1 2; 1 3; 1 4";
     X.colname(1) = "level";
     X.colname(2) = "slope";
-    matrix const y = "3; 5; 7; 9";
-    EXPECT_EQ(test::show(linreg(X, y)), "2x1 LINREG | level: 1 | slope: 2");
-    EXPECT_EQ(linreg(varnow::ones(3, 1), "1; 2; 3")(1), 2);
-}
-
-TEST(Regression, LetsDependentColumnsThrough)
-{
-    matrix const b = linreg("1 1; 2 2; 3 3", "1; 2; 4");
-    EXPECT_FALSE(std::isfinite(b(1)));
-    EXPECT_FALSE(std::isfinite(b(2)));
+    EXPECT_EQ(test::show(linreg(X, "3; 5; 7; 9")), "2x1 LINREG | level: 1 | slope: 2");
+    // Dependent columns go through.
+    EXPECT_FALSE(std::isfinite(linreg("1 1; 2 2; 3 3", "1; 2; 4")(1)));
 }
 
 // NIST Statistical Reference Datasets, linear regression without intercept.
 TEST(Regression, MeetsCertifiedSlopesThroughTheOrigin)
 {
-    matrix x(11, 1), y(11, 1);
-    for (int i = 0; i < 11; ++i) {
-        x.cell[i][0] = 60 + i;
-        y.cell[i][0] = 130 + i;
-    }
-    EXPECT_NEAR(linreg(x, y)(1), 2.07438016528926, 5e-15);                  // NoInt1
-    EXPECT_NEAR(linreg("4; 5; 6", "3; 4; 4")(1), 0.727272727272727, 5e-16); // NoInt2
+    EXPECT_NEAR(linreg(~seq(60, 70), ~seq(130, 140))(1), 2.07438016528926, 5e-15); // NoInt1
+    EXPECT_NEAR(linreg("4; 5; 6", "3; 4; 4")(1), 0.727272727272727, 5e-16);        // NoInt2
 }
 
 TEST(ConditionalRegression, IsTheRegressionOnTheChosenVariables)
@@ -153,107 +127,74 @@ TEST(ConditionalRegression, IsTheRegressionOnTheChosenVariables)
     matrix const M = crossprod(X.col(1) | y | X.col(c(2, 3, 4, 5)));
     for (int chosen = 0; chosen < 32; ++chosen) {
         SCOPED_TRACE(chosen);
-        matrix cond = varnow::zeros(6, 1);
+        matrix cond = varnow::zeros(6, 1), taken(40, 0);
         cond(2) = chosen % 2; // the target's own cell does not count
-        std::vector<int> taken;
         for (int v = 1; v <= 5; ++v)
             if (chosen >> (v - 1) & 1) {
-                taken.push_back(v);
+                taken |= X.col(v);
                 cond(v == 1 ? 1 : v + 1) = 1;
             }
         matrix const b = linreg_c(M, cond, 2);
-        ASSERT_EQ(b.rows, static_cast<int>(taken.size()));
-        if (taken.empty()) continue;
-        matrix sub(40, 0);
-        for (int v : taken) sub |= X.col(v);
-        matrix const expected = linreg(sub, y);
+        ASSERT_EQ(b.rows, taken.cols);
+        if (taken.cols == 0) continue;
+        matrix const expected = linreg(taken, y);
         for (int k = 1; k <= b.rows; ++k) EXPECT_NEAR(b(k), expected(k), 1e-12);
     }
 }
 
-TEST(ConditionalRegression, NamesItsRowsAfterTheFirstOfM)
+TEST(ConditionalRegression, SizesItsResultByTheSumOfTheConditionAndNamesItAfterTheFirstOfM)
 {
     matrix M = crossprod("1 0 1 3; 0 1 1 5; 1 1 0 2; 0 0 2 8");
     for (int i = 0; i < 4; ++i) M.rnames[i] = "r" + itot(i + 1);
-    matrix const b = linreg_c(M, "1; 0; 1; 0", 4);
-    EXPECT_EQ(b.rowname(1), "r1");
-    EXPECT_EQ(b.rowname(2), "r2");
-    EXPECT_EQ(b.colname(1), "");
-    // (x1, x3)'(x1, x3) = (2 1; 1 6), (x1, x3)'y = (5, 24): 6/11 and 43/11.
-    EXPECT_NEAR(b(1), 6.0 / 11, 1e-15);
-    EXPECT_NEAR(b(2), 43.0 / 11, 1e-15);
-}
-
-TEST(ConditionalRegression, SizesItsResultByTheSumOfTheCondition)
-{
-    matrix const M = crossprod("1 0 1 3; 0 1 1 5; 1 1 0 2; 0 0 2 8");
     struct
     {
-        char const* cond;
-        int rows, filled;
+        matrix cond;
+        char const* shown;
     } const cases[] = {
-        {"1; 0.999; 0; 0", 1, 1}, // 1.999, truncated
-        {"1; 0.6; 0.6; 0", 2, 1}, // a row for nothing
-        {"1; -1; 1; 0", 1, 1},    // no room for the second coefficient
-        {"1; 1; 0; 1.9", 2, 2},   // 3 less 1
-        {"-5; 1; 1; 0", 0, 0},    // less than none
-        {"1; 1; 1; 1", 3, 3},
+        // (x1, x3)'(x1, x3) = (2 1; 1 6), (x1, x3)'y = (5, 24): 6/11 and 43/11.
+        {"1; 0; 1; 0", "2x1 . | r1: 0.545455 | r2: 3.90909"},
+        {"1; 0.999; 0; 0", "1x1 . | r1: 2.5"},          // 1.999, truncated
+        {"1; 0.6; 0.6; 0", "2x1 . | r1: 2.5 | .: NaN"}, // a row for nothing
+        {"1; -1; 1; 0", "1x1 . | r1: 0.545455"},        // no room for the second coefficient
+        {"1; 0; 1; 1.9", "2x1 . | r1: 0.545455 | r2: 3.90909"}, // 3 less 1
+        {"-5; 1; 1; 0", "0x1 ."},                               // less than none
     };
-    for (auto const& a : cases) {
-        SCOPED_TRACE(a.cond);
-        matrix const b = linreg_c(M, a.cond, 4);
-        ASSERT_EQ(b.rows, a.rows);
-        for (int k = 0; k < b.rows; ++k) EXPECT_EQ(std::isnan(b.cell[k][0]), k >= a.filled);
-    }
-    EXPECT_EQ(linreg_c(M, column({NaN, 1, 0, 0}), 4).rows, 0);
+    for (auto const& a : cases) EXPECT_EQ(test::show(linreg_c(M, a.cond, 4)), a.shown);
+    EXPECT_EQ(linreg_c(M, matrix(NaN) & matrix("1; 0; 0"), 4).rows, 0);
 }
 
-TEST(RegressionDeathTest, RefusesWhatDoesNotFit)
-{
-    char const* const routine = "matrix linreg(matrix,matrix)";
-    char const* const sizes = "nieprawidlowe wymiary macierzy";
-    EXPECT_REFUSAL(linreg(matrix(), matrix()), "MATRIX", routine, sizes);
-    EXPECT_REFUSAL(linreg("1; 2", "1 2; 3 4"), "MATRIX", routine, sizes);
-    EXPECT_REFUSAL(linreg("1; 2", "1; 2; 3"), "MATRIX", routine, sizes);
-    EXPECT_REFUSAL(linreg("1 2 3; 4 5 6", "1; 2"), "MATRIX", routine, sizes);
-    EXPECT_REFUSAL(linreg(column({1, NaN, 3}), "1; 2; 3"), "MATRIX", "linreg_sweep(int,int)",
-                   "macierz powinna byc symetryczna");
-}
-
-TEST(RegressionDeathTest, RefusesConditionsInTheOrderOfTheTests)
+TEST(RegressionDeathTest, RefusesInTheOrderOfTheTests)
 {
     matrix const wide(2, 3), skew("1 2; 3 4"), M("1 2; 2 4"), row("1 0"), three("1; 0; 1");
-    struct
-    {
-        matrix const& M;
-        matrix const& cond;
-        char const* why;
-    } const cases[] = {
-        {wide, row, " powinna byc kwadratowa"},
-        {skew, row, "macierz powinna byc symetryczna"},
-        {M, row, "oczekiwany kolumnowy wektor warunkowy"},
-        {M, three, "dlugosc wektora warunkowego niezgodna z wymiarami macierzy"},
+    std::string const linreg_text = "matrix linreg(matrix,matrix)";
+    std::string const c_text = "linreg_c(matrix,matrix,int)", sweep = "linreg_sweep(int,int)";
+    std::string const sweep_c = "linreg_sweep_c(int,int,matrix,int)";
+    std::string const sizes = "nieprawidlowe wymiary macierzy", outside = "indeks poza zakresem";
+    std::string const square = " powinna byc kwadratowa";
+    std::string const symmetric = "macierz powinna byc symetryczna";
+    std::string const column = "oczekiwany kolumnowy wektor warunkowy";
+    std::string const length = "dlugosc wektora warunkowego niezgodna z wymiarami macierzy";
+    test::refusal const cases[] = {
+        {[&] { linreg(matrix(), matrix()); }, linreg_text, sizes},
+        {[&] { linreg("1; 2", "1 2; 3 4"); }, linreg_text, sizes},
+        {[&] { linreg("1; 2", "1; 2; 3"); }, linreg_text, sizes},
+        {[&] { linreg("1 2 3; 4 5 6", "1; 2"); }, linreg_text, sizes},
+        {[&] { linreg(matrix(NaN), matrix(1.0)); }, sweep, symmetric},
+        {[&] { linreg_c(wide, row, 2); }, c_text, "macierz iloczynow" + square},
+        {[&] { linreg_c(skew, row, 2); }, c_text, symmetric},
+        {[&] { linreg_c(M, row, 2); }, c_text, column},
+        {[&] { linreg_c(M, three, 2); }, c_text, length + " iloczynow"},
+        {[&] { linreg_c(M, "1; 0", 3); }, "double & operator ()(int)", outside, "2 x 1 : ( 3 )"},
+        {[&] { matrix(wide).linreg_sweep(1, 1); }, sweep, "macierz" + square},
+        {[&] { matrix(skew).linreg_sweep(1, 1); }, sweep, symmetric},
+        {[&] { matrix(M).linreg_sweep(0, 1); }, sweep, outside},
+        {[&] { matrix(wide).linreg_sweep_c(1, 1, row, 2); }, sweep_c, "macierz" + square},
+        {[&] { matrix(skew).linreg_sweep_c(1, 1, row, 2); }, sweep_c, symmetric},
+        {[&] { matrix(M).linreg_sweep_c(1, 1, row, 2); }, sweep_c, column},
+        {[&] { matrix(M).linreg_sweep_c(1, 1, three, 2); }, sweep_c, length},
+        {[&] { matrix(M).linreg_sweep_c(2, 3, "1; 1", 2); }, sweep_c, outside},
     };
-    for (auto const& a : cases) {
-        SCOPED_TRACE(a.why);
-        bool const square = a.why[0] != ' ', sizes = a.why[0] == 'd';
-        std::string const why = a.why;
-        EXPECT_REFUSAL(linreg_c(a.M, a.cond, 2), "MATRIX", "linreg_c(matrix,matrix,int)",
-                       (square ? "" : "macierz iloczynow") + why + (sizes ? " iloczynow" : ""));
-        matrix S = a.M;
-        EXPECT_REFUSAL(S.linreg_sweep_c(1, 1, a.cond, 2), "MATRIX",
-                       "linreg_sweep_c(int,int,matrix,int)", (square ? "" : "macierz") + why);
-    }
-    EXPECT_REFUSAL(matrix(wide).linreg_sweep(1, 1), "MATRIX", "linreg_sweep(int,int)",
-                   "macierz powinna byc kwadratowa");
-    EXPECT_REFUSAL(matrix(skew).linreg_sweep(1, 1), "MATRIX", "linreg_sweep(int,int)",
-                   "macierz powinna byc symetryczna");
-    EXPECT_REFUSAL(matrix(M).linreg_sweep(0, 1), "MATRIX", "linreg_sweep(int,int)",
-                   "indeks poza zakresem");
-    EXPECT_REFUSAL(matrix(M).linreg_sweep_c(2, 3, "1; 1", 2), "MATRIX",
-                   "linreg_sweep_c(int,int,matrix,int)", "indeks poza zakresem");
-    EXPECT_REFUSAL_DETAIL(linreg_c(M, "1; 0", 3), "MATRIX", "double & operator ()(int)",
-                          "indeks poza zakresem", "2 x 1 : ( 3 )");
+    test::expect_refusals("MATRIX", cases);
 }
 
 } // namespace
