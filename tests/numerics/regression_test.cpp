@@ -104,16 +104,6 @@ TEST(Regression, IsTheSweepOfTheBoundCrossProducts)
     }
 }
 
-TEST(Regression, NamesTheCoefficientsAfterTheColumns)
-{
-    matrix X = "1 1; 1 2; 1 3; 1 4";
-    X.colname(1) = "level";
-    X.colname(2) = "slope";
-    EXPECT_EQ(test::show(linreg(X, "3; 5; 7; 9")), "2x1 LINREG | level: 1 | slope: 2");
-    // Dependent columns go through.
-    EXPECT_FALSE(std::isfinite(linreg("1 1; 2 2; 3 3", "1; 2; 4")(1)));
-}
-
 // NIST Statistical Reference Datasets, linear regression without intercept.
 TEST(Regression, MeetsCertifiedSlopesThroughTheOrigin)
 {
@@ -142,25 +132,29 @@ TEST(ConditionalRegression, IsTheRegressionOnTheChosenVariables)
     }
 }
 
-TEST(ConditionalRegression, SizesItsResultByTheSumOfTheConditionAndNamesItAfterTheFirstOfM)
+TEST(Regression, MeetsCasesByHand)
 {
-    matrix M = crossprod("1 0 1 3; 0 1 1 5; 1 1 0 2; 0 0 2 8");
+    matrix X = "1 1; 1 2; 1 3; 1 4", M = crossprod("1 0 1 3; 0 1 1 5; 1 1 0 2; 0 0 2 8");
+    X.colname(2) = "slope";
     for (int i = 0; i < 4; ++i) M.rnames[i] = "r" + itot(i + 1);
     struct
     {
-        matrix cond;
+        matrix result;
         char const* shown;
     } const cases[] = {
-        // (x1, x3)'(x1, x3) = (2 1; 1 6), (x1, x3)'y = (5, 24): 6/11 and 43/11.
-        {"1; 0; 1; 0", "2x1 . | r1: 0.545455 | r2: 3.90909"},
-        {"1; 0.999; 0; 0", "1x1 . | r1: 2.5"},          // 1.999, truncated
-        {"1; 0.6; 0.6; 0", "2x1 . | r1: 2.5 | .: NaN"}, // a row for nothing
-        {"1; -1; 1; 0", "1x1 . | r1: 0.545455"},        // no room for the second coefficient
-        {"1; 0; 1; 1.9", "2x1 . | r1: 0.545455 | r2: 3.90909"}, // 3 less 1
-        {"-5; 1; 1; 0", "0x1 ."},                               // less than none
+        {linreg(X, "3; 5; 7; 9"), "2x1 LINREG | .: 1 | slope: 2"},
+        {linreg("1 1; 2 2; 3 3", "1; 2; 4"), "2x1 LINREG | .: NaN | .: NaN"}, // dependent columns
+        // (x1, x3)'(x1, x3) = (2 1; 1 6), (x1, x3)'y = (5, 24): 6/11 and 43/11. The result is as
+        // long as the condition's sum and named after the first rows of M.
+        {linreg_c(M, "1; 0; 1; 0", 4), "2x1 . | r1: 0.545455 | r2: 3.90909"},
+        {linreg_c(M, "1; 0.999; 0; 0", 4), "1x1 . | r1: 2.5"},          // 1.999, truncated
+        {linreg_c(M, "1; 0.6; 0.6; 0", 4), "2x1 . | r1: 2.5 | .: NaN"}, // a row for nothing
+        {linreg_c(M, "1; -1; 1; 0", 4), "1x1 . | r1: 0.545455"},        // no room for the second
+        {linreg_c(M, "1; 0; 1; 1.9", 4), "2x1 . | r1: 0.545455 | r2: 3.90909"}, // 3 less 1
+        {linreg_c(M, "-5; 1; 1; 0", 4), "0x1 ."},                               // less than none
+        {linreg_c(M, ~c(NaN, 1, 0, 0), 4), "0x1 ."},
     };
-    for (auto const& a : cases) EXPECT_EQ(test::show(linreg_c(M, a.cond, 4)), a.shown);
-    EXPECT_EQ(linreg_c(M, matrix(NaN) & matrix("1; 0; 0"), 4).rows, 0);
+    for (auto const& a : cases) EXPECT_EQ(test::show(a.result), a.shown);
 }
 
 TEST(RegressionDeathTest, RefusesInTheOrderOfTheTests)
