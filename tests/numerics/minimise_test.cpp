@@ -216,11 +216,13 @@ TEST(Minimisers, EndAfterSoManyCalls)
     }
 }
 
-TEST(TwoStarts, DoAsMuchAsTheSpeedAsks)
+TEST(TwoStarts, DoAsMuchAsTheSpeedAsksAndKeepTheGivenStartUnlessTheOtherIsBetter)
 {
-    // Two valleys: the deeper one, at -2, is met from zero, the one at 3 from 5. Slopes are asked
-    // for in those where a descent begins.
-    auto const valleys = [](matrix& x) { return x(1) < 0.5 ? sq(x(1) + 2) : sq(x(1) - 3) + 1; };
+    // Two valleys: the deeper one, at -2, is met from zero, the one at 3 from 5.
+    function const valleys = [](matrix& x) { return x(1) < 0.5 ? sq(x(1) + 2) : sq(x(1) - 3) + 1; };
+    // The starts end at the same value; without one at and around zero.
+    function const even = [](matrix& x) { return sq(std::fabs(x(1) - 0.5) - 0.5); };
+    function const hole = [](matrix& x) { return x(1) < 0.5 ? NaN : sq(x(1) - 3); };
     static bool deep, high;
     derivative const slope = [](matrix& x, int) {
         (x(1) < 0.5 ? deep : high) = true;
@@ -228,46 +230,34 @@ TEST(TwoStarts, DoAsMuchAsTheSpeedAsks)
     };
     struct
     {
+        function f;
+        double start, tol;
         int speed;
         double answer;
-        bool deep, high;
-    } const cases[] = {{0, -2, true, true},
-                       {1, -2, true, false},
-                       {2, -2, false, false},
-                       {3, 3, false, false},
-                       {7, 3, false, false}};
+        bool deep, high; // where slopes are asked for
+    } const cases[] = {
+        {valleys, 5, 1e-8, SpeedSlow, -2, true, true},
+        {valleys, 5, 1e-8, SpeedMedium, -2, true, false},
+        {valleys, 5, 1e-8, SpeedFast, -2, false, false},
+        {valleys, 5, 1e-8, SpeedFastest, 3, false, false},
+        {valleys, 5, 1e-8, 7, 3, false, false},
+        {even, 1.2, 1e-300, SpeedFast, 1, false, false},
+        {hole, 5, 1e-8, SpeedFast, 3, false, false},
+    };
     for (auto const& c : cases) {
-        SCOPED_TRACE(c.speed);
-        matrix x("5");
+        SCOPED_TRACE(&c - cases);
+        matrix x(c.start);
         deep = high = false;
-        fminx(watch(valleys), c.deep ? slope : nullptr, x, 1e-8, static_cast<EsSpeed>(c.speed),
-              BFGS);
+        fminx(c.f, c.deep ? slope : nullptr, x, c.tol, static_cast<EsSpeed>(c.speed), BFGS);
         EXPECT_NEAR(x(1), c.answer, 1e-6);
         EXPECT_EQ(deep, c.deep);
         EXPECT_EQ(high, c.high);
     }
-}
-
-TEST(TwoStarts, KeepTheGivenStartUnlessTheOtherIsBetter)
-{
-    // Even: both starts end at 0.25 of their own side.
-    function const even = [](matrix& x) { return sq(std::fabs(x(1) - 0.5) - 0.5); };
-    matrix x("1.2");
-    fminx(even, nullptr, x, 1e-300, SpeedFast, BFGS);
-    EXPECT_NEAR(x(1), 1.0, 1e-6);
-
-    // NaN at and around zero must not win.
-    function const hole = [](matrix& v) { return v(1) < 0.5 ? NaN : sq(v(1) - 3); };
-    x = matrix(5.0);
-    fminx(hole, nullptr, x, 1e-8, SpeedFast, BFGS);
-    EXPECT_NEAR(x(1), 3.0, 1e-6);
-
     // From zero itself there is one start only.
-    x = matrix(0.0);
+    matrix x(0.0), y(0.0);
     fmins(watch(line), x, 1e-8);
     std::size_t const once = points.size();
-    x = matrix(0.0);
-    fminx(watch(line), nullptr, x, 1e-8, SpeedFast, BFGS);
+    fminx(watch(line), nullptr, y, 1e-8, SpeedFast, BFGS);
     EXPECT_EQ(points.size(), once + 1);
 }
 
