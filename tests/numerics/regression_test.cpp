@@ -19,17 +19,6 @@ namespace {
 double const NaN = std::numeric_limits<double>::quiet_NaN();
 double const inf = std::numeric_limits<double>::infinity();
 
-// Sums of products of columns, the last of which is close to a combination of the others.
-matrix products(int n)
-{
-    matrix const X = scattered(3 * n, n, 5);
-    for (int i = 0; i < X.rows; ++i)
-        for (int j = 0; j + 1 < n; ++j) X.cell[i][n - 1] += (j + 1) * X.cell[i][j];
-    matrix M = crossprod(X);
-    for (int i = 0; i < n; ++i) M.rnames[i] = M.cnames[i] = "v" + itot(i + 1);
-    return M;
-}
-
 // The sweep on each wanted pivot, cell by cell from the old object to a new one; cells outside
 // those `among` which it works are 0.
 matrix plain_sweep(matrix A, std::vector<int> const& pivots, std::vector<int> const& among)
@@ -47,28 +36,11 @@ matrix plain_sweep(matrix A, std::vector<int> const& pivots, std::vector<int> co
     return A;
 }
 
-TEST(Sweep, TakesPivotsOneAfterAnotherAndKeepsNames)
+TEST(Sweep, TakesPivotsOneAfterAnotherAndUnderAConditionLeavesZerosAroundTheChosen)
 {
-    matrix const M = products(9);
-    matrix S = M, all = M, untouched = M, zero = "0 2; 2 3";
-    S.linreg_sweep(2, 7);
-    EXPECT_TRUE(same_bits(S, plain_sweep(M, {1, 2, 3, 4, 5, 6}, {0, 1, 2, 3, 4, 5, 6, 7, 8})));
-    EXPECT_EQ(S.rowname(2), "v2");
-    EXPECT_EQ(S.colname(9), "v9");
-
-    // Sweeping every pivot gives minus the inverse.
-    all.linreg_sweep(1, 9);
-    EXPECT_LT(double(matrix(max(~max(abs(mul(all, M) + eye(9)))))), 1e-9);
-
-    untouched.linreg_sweep(5, 4);
-    EXPECT_TRUE(same_bits(untouched, M));
-    zero.linreg_sweep(1, 1); // without a word
-    EXPECT_TRUE(same_bits(zero, ~c(-inf, inf) | ~c(inf, -inf)));
-}
-
-TEST(Sweep, UnderAConditionLeavesZerosAroundTheChosen)
-{
-    matrix const M = products(6);
+    matrix M = crossprod(scattered(20, 6, 5));
+    M.rowname(2) = "v2";
+    M.colname(6) = "v6";
     struct
     {
         int first, last;
@@ -76,6 +48,8 @@ TEST(Sweep, UnderAConditionLeavesZerosAroundTheChosen)
         int target;
         std::vector<int> pivots, among;
     } const cases[] = {
+        {2, 5, matrix(), 0, {1, 2, 3, 4}, {0, 1, 2, 3, 4, 5}},
+        {5, 4, matrix(), 0, {}, {}},
         {1, 6, "1; 0.999; 1; 1; 0; 0", 5, {0, 2, 3}, {0, 2, 3, 4}},
         {1, 6, "1; 0.999; 1; 1; 1; 2", 5, {0, 2, 3}, {0, 2, 3, 4}},
         {2, 3, "1; 0.999; 1; 1; 2; 0", 6, {2}, {0, 2, 3, 5}},
@@ -84,11 +58,22 @@ TEST(Sweep, UnderAConditionLeavesZerosAroundTheChosen)
         {5, 5, "1; 0.999; 1; 1; 2; 0", 5, {}, {}},
     };
     for (auto const& a : cases) {
+        SCOPED_TRACE(&a - cases);
         matrix S = M;
-        S.linreg_sweep_c(a.first, a.last, a.cond, a.target);
+        if (a.cond.rows == 0)
+            S.linreg_sweep(a.first, a.last);
+        else
+            S.linreg_sweep_c(a.first, a.last, a.cond, a.target);
         EXPECT_TRUE(same_bits(S, plain_sweep(M, a.pivots, a.among)));
         EXPECT_EQ(S.rowname(2), "v2");
+        EXPECT_EQ(S.colname(6), "v6");
     }
+    // Sweeping every pivot gives minus the inverse; a pivot of 0 divides without a word.
+    matrix all = M, zero = "0 2; 2 3";
+    all.linreg_sweep(1, 6);
+    EXPECT_LT(double(matrix(max(~max(abs(mul(all, M) + eye(6)))))), 1e-9);
+    zero.linreg_sweep(1, 1);
+    EXPECT_TRUE(same_bits(zero, ~c(-inf, inf) | ~c(inf, -inf)));
 }
 
 TEST(Regression, IsTheSweepOfTheBoundCrossProducts)
