@@ -223,14 +223,10 @@ scalar_slope const d_logistic = [](double x, matrix& b, int j) {
 
 TEST(Fits, LikelihoodMeetsTheShares)
 {
-    // 30 of 40 at x = 0 and 12 of 60 at x = 1: the optimum has these shares.
-    matrix X(100, 1), y(100, 1);
-    for (int i = 1; i <= 100; ++i) {
-        X(i) = i > 40;
-        y(i) = i <= 30 || i > 88;
-    }
+    // Shares of 0.75 at x = 0 and 0.2 at x = 1: the optimum has these.
+    matrix const X("0; 1"), y("0.75; 0.2");
     double const best =
-        -30 * std::log(0.75) - 10 * std::log(0.25) - 12 * std::log(0.2) - 48 * std::log(0.8);
+        -0.75 * std::log(0.75) - 0.25 * std::log(0.25) - 0.2 * std::log(0.2) - 0.8 * std::log(0.8);
     for (EsSpeed speed : {SpeedSlow, SpeedMedium, SpeedFast, SpeedFastest}) {
         SCOPED_TRACE(speed);
         matrix par("0.5; 0.5");
