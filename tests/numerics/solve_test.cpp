@@ -102,7 +102,7 @@ matrix plain_solve(matrix const& A, matrix const& b, LinearMethod method)
 TEST(Solve, HasTheBitsOfThePlainForms)
 {
     // The edges of every block; ties between pivots, NaN and infinities.
-    for (int n : {1, 2, 3, 5, 8, 23, 24, 31, 32, 33, 47, 64, 65, 100, 131}) {
+    for (int n : {1, 2, 3, 5, 23, 24, 31, 32, 33, 64, 65, 131}) {
         unsigned const seed = static_cast<unsigned>(n);
         matrix const plain = scattered(n, n, seed);
         matrix ties = floor(scattered(n, n, seed + 1)), rare = plain, infinite = plain;
