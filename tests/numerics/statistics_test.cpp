@@ -196,6 +196,8 @@ TEST(Statistics, AreShown)
     for (auto const& c : cases) EXPECT_EQ(show(c.result), c.shown);
     EXPECT_DOUBLE_EQ(cor(pairs[1], pairs[2]), 1.2 / std::sqrt(2.5 * 1.5));
     EXPECT_DOUBLE_EQ(cor(pairs)(1, 2), 0.77459666924148341);
+    EXPECT_EQ(hist(bins)(1, 1), 3.0 / 9);
+    EXPECT_EQ(hist(bins)(3, 1), 4.0 / 9);
 }
 
 TEST(StatisticsDeathTest, RefuseWhatDoesNotFit)
