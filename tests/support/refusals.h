@@ -1,0 +1,27 @@
+// Tables of a class's refusals.
+#pragma once
+
+#include "tests/support/refusal.h"
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+
+namespace varnow::test {
+
+struct refusal
+{
+    std::function<void()> call;
+    std::string routine, message, detail = "";
+};
+
+/// Each call prints its refusal in the name of the class and ends the process.
+inline void expect_refusals(char const* cls, std::initializer_list<refusal> cases)
+{
+    for (refusal const& r : cases) {
+        SCOPED_TRACE(r.routine + ": " + r.message);
+        EXPECT_REFUSAL_DETAIL(r.call(), cls, r.routine, r.message, r.detail);
+    }
+}
+
+} // namespace varnow::test
