@@ -10,7 +10,6 @@
 namespace varnow {
 namespace {
 
-using test::expect_refusals;
 using test::same_bits;
 using test::scattered;
 
@@ -214,27 +213,26 @@ using StackLossDeathTest = StackLoss;
 
 TEST_F(StackLossDeathTest, RefusesAsTheOperationsDo)
 {
-    char const *const linreg = "matrix linreg(matrix,matrix)",
-                      *const element = "double & operator ()(int)",
-                      *const sizes = "nieprawidlowe wymiary macierzy",
-                      *const unlike = "niezgodne wymiary macierzy",
-                      *const outside = "indeks poza zakresem";
-    expect_refusals(
-        "MATRIX",
-        {
-            {[&] { lm_par(X, "1; 2", EsQuadratic); }, linreg, sizes},
-            // Three variables and the intercept are more than three observations.
-            {[&] { lm_tstud(X.row($(3)), "1; 2; 3", se, t, p, EsQuadratic); }, linreg, sizes},
-            {[&] { lm_val(X, "1; 2; 3"); }, "matrix mul(matrix,matrix)", unlike},
-            {[&] { lm_err("1; 2", "1 2"); }, "matrix operator -(matrix,matrix)", unlike},
-            {[&] { lm_par_c(M, "1; 1"); }, "linreg_c(matrix,matrix,int)",
-             "dlugosc wektora warunkowego niezgodna z wymiarami macierzy iloczynow"},
-            // With a model intercept there is one parameter less than lm_val_c reads.
-            {[&] { lm_tstud_c(X1, y, M, "1; 0; 1; 1; 1", se, t, p); }, element, outside,
-             "3 x 1 : ( 4 )"},
-            {[&] { lm_val_c(X1, "1; 2", "1; 0; 1"); }, element, outside, "3 x 1 : ( 4 )"},
-            {[&] { lm_val_c(X1, "1; 2", cond); }, element, outside, "2 x 1 : ( 3 )"},
-        });
+    char const* const linreg = "matrix linreg(matrix,matrix)";
+    char const* const element = "double & operator ()(int)";
+    char const* const sizes = "nieprawidlowe wymiary macierzy";
+    char const* const unlike = "niezgodne wymiary macierzy";
+    char const* const outside = "indeks poza zakresem";
+    test::refusal const cases[] = {
+        {[&] { lm_par(X, "1; 2", EsQuadratic); }, linreg, sizes},
+        // Three variables and the intercept are more than three observations.
+        {[&] { lm_tstud(X.row($(3)), "1; 2; 3", se, t, p, EsQuadratic); }, linreg, sizes},
+        {[&] { lm_val(X, "1; 2; 3"); }, "matrix mul(matrix,matrix)", unlike},
+        {[&] { lm_err("1; 2", "1 2"); }, "matrix operator -(matrix,matrix)", unlike},
+        {[&] { lm_par_c(M, "1; 1"); }, "linreg_c(matrix,matrix,int)",
+         "dlugosc wektora warunkowego niezgodna z wymiarami macierzy iloczynow"},
+        // With a model intercept there is one parameter less than lm_val_c reads.
+        {[&] { lm_tstud_c(X1, y, M, "1; 0; 1; 1; 1", se, t, p); }, element, outside,
+         "3 x 1 : ( 4 )"},
+        {[&] { lm_val_c(X1, "1; 2", "1; 0; 1"); }, element, outside, "3 x 1 : ( 4 )"},
+        {[&] { lm_val_c(X1, "1; 2", cond); }, element, outside, "2 x 1 : ( 3 )"},
+    };
+    test::expect_refusals("MATRIX", cases);
 }
 
 } // namespace

@@ -3,8 +3,8 @@
 
 #include "tests/support/refusal.h"
 
+#include <cstddef>
 #include <functional>
-#include <initializer_list>
 #include <string>
 
 namespace varnow::test {
@@ -16,7 +16,7 @@ struct refusal
 };
 
 /// Each call prints its refusal in the name of the class and ends the process.
-inline void expect_refusals(char const* cls, std::initializer_list<refusal> cases)
+template <std::size_t n> void expect_refusals(char const* cls, refusal const (&cases)[n])
 {
     for (refusal const& r : cases) {
         SCOPED_TRACE(r.routine + ": " + r.message);
