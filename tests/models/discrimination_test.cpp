@@ -37,6 +37,14 @@ sample drawn(int n, double different, bool fractions = false)
     return s;
 }
 
+// KS, the score where it is reached, and the shares of goods and bads there.
+matrix separation(matrix const& x, matrix const& y)
+{
+    double score, goods, bads, ks = KS_xy(x, y, score, goods, bads);
+    EXPECT_TRUE(same_bits(KS(x, y), ks));
+    return c(ks, score, goods, bads);
+}
+
 TEST(Discrimination, AgreesWithCountingPairsOfBadAndGood)
 {
     for (double different : {0.0, 7.0, 300.0}) {
@@ -73,12 +81,11 @@ TEST(Discrimination, OrdersTiesAsTheSortDoes)
     {
         int n;
         double different;
-        bool fractions;
-        bool nan;
+        bool fractions, nan;
     } const cases[] = {
-        {5000, 5000, false, false}, {5000, 40, false, false},  {5000, 2, false, false},
-        {5000, 1, false, false},    {5000, 1e9, false, false}, {5000, 40, true, false},
-        {5000, 900, true, false},   {900, 30, false, true},    {300, 3, false, false},
+        {5000, 5000, false, false}, {5000, 40, false, false}, {5000, 2, false, false},
+        {5000, 1e9, false, false},  {5000, 40, true, false},  {5000, 900, true, false},
+        {900, 30, false, true},     {300, 3, false, false},
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.n << " rows, " << c.different << " scores");
@@ -88,13 +95,9 @@ TEST(Discrimination, OrdersTiesAsTheSortDoes)
         matrix sorted = x, flags = y, rank = $(c.n);
         sort(sorted, flags, Ascending, 1);
 
-        double at, goods, bads, rank_at, rank_goods, rank_bads;
-        double const ks = KS_xy(x, y, at, goods, bads);
-        EXPECT_EQ(ks, KS_xy(rank, flags, rank_at, rank_goods, rank_bads));
-        EXPECT_EQ(KS(x, y), ks);
-        EXPECT_TRUE(same_bits(at, sorted(int(rank_at))));
-        EXPECT_EQ(goods, rank_goods);
-        EXPECT_EQ(bads, rank_bads);
+        matrix of_ranks = separation(rank, flags);
+        of_ranks(2) = sorted(int(of_ranks(2)));
+        EXPECT_TRUE(same_bits(separation(x, y), of_ranks));
         EXPECT_EQ(AR(x, y, 1.0, 1, 0, 0), AR(rank, flags, 1.0, 1, 0, 0));
         for (int groups : {2, 7}) EXPECT_NEAR(IV(x, y, groups), IV(rank, flags, groups), rounding);
         del_rand_quality(sorted, flags);
@@ -105,30 +108,26 @@ TEST(Discrimination, OrdersTiesAsTheSortDoes)
 TEST(Discrimination, RatesPerfectAndWrongModels)
 {
     matrix const x("6; 1; 5; 2; 4; 3"), y("0; 1; 0; 1; 0; 0");
-    double sx, goods, bads;
-    EXPECT_EQ(KS_xy(x, y, sx, goods, bads), 1);
-    EXPECT_EQ(sx, 2);
-    EXPECT_EQ(goods, 0);
-    EXPECT_EQ(bads, 1);
+    EXPECT_TRUE(compare(separation(x, y), matrix("1 2 0 1")));
     for (double range : {1.0, 0.5, 0.34})
         for (int ideal : {0, 1}) EXPECT_DOUBLE_EQ(AR(x, y, range, ideal, 0, 0), 1);
     EXPECT_DOUBLE_EQ(AR(-x, y, 1.0, 1, 0, 0), -1);
-    EXPECT_EQ(KS(-x, y), 0); // reached in the last row; no absolute value is taken
+    // reached in the last row; no absolute value is taken
+    EXPECT_TRUE(compare(separation(-x, y), matrix("0 -1 1 1")));
     EXPECT_DOUBLE_EQ(AR(ones(6, 1), y, 1.0, 1, 1, 0), 0);
     // differences 0.5, 0.25, 0, 0.5, ...: the first of equal maxima
-    EXPECT_EQ(KS_xy(matrix("1; 2; 3; 4; 5; 6"), matrix("1; 0; 0; 1; 0; 0"), sx, goods, bads), 0.5);
-    EXPECT_EQ(sx, 1);
+    EXPECT_TRUE(compare(separation($(6), matrix("1; 0; 0; 1; 0; 0")), matrix("0.5 1 0 0.5")));
 }
 
 TEST(Discrimination, IsNanForOneClassAndForNoRows)
 {
-    matrix const x("1; 2; 2"), none(0, 1);
+    matrix const x("1; 2; 2"), none(0, 1), missing = "nan nan nan nan";
     for (sample const& s : {sample{x, zeros(3, 1)}, sample{x, ones(3, 1)}, sample{none, none},
                             sample{matrix(), matrix()}}) {
-        double sx = 0, goods = 0, bads = 0;
-        for (double r : {KS_xy(s.x, s.y, sx, goods, bads), sx, goods, bads,
-                         AR(s.x, s.y, 1.0, 1, 1, 0), AR(s.x, s.y, 0.5, 0, 1, 0), IV(s.x, s.y, 2)})
-            EXPECT_TRUE(std::isnan(r));
+        EXPECT_TRUE(same_bits(separation(s.x, s.y), missing));
+        EXPECT_TRUE(std::isnan(AR(s.x, s.y, 1.0, 1, 1, 0)));
+        EXPECT_TRUE(std::isnan(AR(s.x, s.y, 0.5, 0, 1, 0)));
+        EXPECT_TRUE(std::isnan(IV(s.x, s.y, 2)));
     }
     EXPECT_EQ(CAP(none, none, 1).rows, 0);
     EXPECT_EQ(CAP(matrix(), matrix(), 0).cols, 6);
@@ -154,9 +153,7 @@ TEST(CAP, HasAnIdealCurveByCountOrByTheValuesOfTheFlag)
 {
     struct
     {
-        char const* y;
-        char const* by_count;
-        char const* by_values;
+        char const *y, *by_count, *by_values;
     } const cases[] = {
         {"0.5; 0; 0.75; 0.25", "0.5; 1; 1; 1", "0.5; 0.83333333333333333; 1; 1"}, // 1.5 bads
         {"1; 1; 1; 1", "0.25; 0.5; 0.75; 1", "0.25; 0.5; 0.75; 1"},               // as many as rows
