@@ -88,10 +88,6 @@ TEST(GroupBy, AgreesWithAMapOfTheRows)
         }
         Groups const groups(t.group_by(names, keys));
         table const sums = t.summarise(names, "n=count(x)", count, "s=sum(x)", sum);
-        table stepped = keys;
-        table::summarise_stp(stepped, groups.get(), "n=count(x)", count);
-        table::summarise_stp(stepped, groups.get(), "s=sum(x)", sum);
-        EXPECT_EQ(show(stepped), show(sums));
         ASSERT_EQ(keys.rows, static_cast<int>(wanted.size()));
         int g = 0;
         for (auto const& [key, members] : wanted) {
@@ -143,7 +139,7 @@ TEST(Summarise, HandsOverTheColumnOfEachGroupWithItsNames)
                                "3x1 year | .: 2002 | third: 2001 | .: 2002;"
                                "2x1 year | .: 2001 | .: 2001;";
     calls = "";
-    people().summarise(c("sex"), "a=(AGE)", notes, "b=(year)", notes);
+    table const at_once = people().summarise(c("sex"), "a=(AGE)", notes, "b=(year)", notes);
     EXPECT_EQ(calls, wanted);
 
     calls = "";
@@ -152,6 +148,7 @@ TEST(Summarise, HandsOverTheColumnOfEachGroupWithItsNames)
     table::summarise_stp(result, groups.get(), "a=(AGE)", notes);
     table::summarise_stp(result, groups.get(), "b=(year)", notes);
     EXPECT_EQ(calls, wanted);
+    EXPECT_EQ(show(result), show(at_once));
 }
 
 TEST(GroupByDeathTest, RefusesKeysThatAreNotThereAndFormulasThatSayNothing)

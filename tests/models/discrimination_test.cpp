@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -151,18 +152,14 @@ TEST(CAP, TellsTheCurvesRowByRow)
 
 TEST(CAP, HasAnIdealCurveByCountOrByTheValuesOfTheFlag)
 {
-    struct
-    {
-        char const *y, *by_count, *by_values;
-    } const cases[] = {
+    std::tuple<char const*, char const*, char const*> const cases[] = {
         {"0.5; 0; 0.75; 0.25", "0.5; 1; 1; 1", "0.5; 0.83333333333333333; 1; 1"}, // 1.5 bads
         {"1; 1; 1; 1", "0.25; 0.5; 0.75; 1", "0.25; 0.5; 0.75; 1"},               // as many as rows
         {"0.25; 0; 0; 0", "1; 1; 1; 1", "1; 1; 1; 1"},                            // rounded to none
     };
-    for (auto const& c : cases) {
-        matrix const x("1; 2; 3; 4");
-        EXPECT_TRUE(compare(CAP(x, c.y, 1)[4], matrix(c.by_count)));
-        EXPECT_TRUE(compare(CAP(x, c.y, 2)[4], matrix(c.by_values)));
+    for (auto const& [y, by_count, by_values] : cases) {
+        EXPECT_TRUE(compare(CAP($(4), y, 1)[4], matrix(by_count)));
+        EXPECT_TRUE(compare(CAP($(4), y, 2)[4], matrix(by_values)));
     }
 }
 

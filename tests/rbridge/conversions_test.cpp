@@ -24,22 +24,19 @@ template <class X> bool is_in_r(X const& x, std::string const& code)
 
 TEST(Conversions, TextsCrossByteByByte)
 {
-    struct
-    {
-        char const *code, *bytes;
-    } const cases[] = {
+    std::pair<char const*, char const*> const cases[] = {
         {"''", ""},
         {"'plain'", "plain"},
         {"'\\u017c'", "\xc5\xbc"},
         {"{ x <- '\\xbf'; Encoding(x) <- 'latin1'; x }", "\xbf"},
         {"NA_character_", "NA"},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.code);
-        Rcpp::CharacterVector const v = r->parseEval(c.code);
-        EXPECT_EQ(ctext(Rcpp::String(v[0])), c.bytes);
-        Rcpp::String back = rtext(c.bytes);
-        EXPECT_STREQ(back.get_cstring(), c.bytes);
+    for (auto const& [code, bytes] : cases) {
+        SCOPED_TRACE(code);
+        Rcpp::CharacterVector const v = r->parseEval(code);
+        EXPECT_EQ(ctext(Rcpp::String(v[0])), bytes);
+        Rcpp::String back = rtext(bytes);
+        EXPECT_STREQ(back.get_cstring(), bytes);
         EXPECT_EQ(Rf_getCharCE(back.get_sexp()), CE_NATIVE);
     }
     EXPECT_EQ(ctext(Rcpp::String(std::string("from a buffer"))), "from a buffer");
@@ -47,19 +44,16 @@ TEST(Conversions, TextsCrossByteByByte)
 
 TEST(Conversions, DatesCrossByYearMonthAndDay)
 {
-    struct
-    {
-        long y, m, d;
-        int days;
-    } const cases[] = {// days by R's as.Date
-                       {1970, 1, 1, 0},         {2024, 2, 29, 19782},   {1999, 12, 31, 10956},
-                       {1900, 3, 1, -25508},    {1899, 12, 31, -25568}, {1600, 2, 29, -135081},
-                       {1582, 10, 15, -141427}, {2100, 1, 31, 47512}};
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.days);
-        date const x(c.y, c.m, c.d);
-        EXPECT_EQ(rdate(x).getDate(), c.days);
-        EXPECT_EQ(cdate(Rcpp::Date(c.days)), x);
+    std::tuple<long, long, long, int> const cases[] = {
+        // days by R's as.Date
+        {1970, 1, 1, 0},         {2024, 2, 29, 19782},   {1999, 12, 31, 10956},
+        {1900, 3, 1, -25508},    {1899, 12, 31, -25568}, {1600, 2, 29, -135081},
+        {1582, 10, 15, -141427}, {2100, 1, 31, 47512}};
+    for (auto const& [y, m, d, days] : cases) {
+        SCOPED_TRACE(days);
+        date const x(y, m, d);
+        EXPECT_EQ(rdate(x).getDate(), days);
+        EXPECT_EQ(cdate(Rcpp::Date(days)), x);
     }
 }
 
@@ -101,10 +95,7 @@ TEST(Conversions, VectorsAreRows)
 
 TEST(Conversions, FramesBecomeTables)
 {
-    struct
-    {
-        char const *code, *shown;
-    } const cases[] = {
+    std::pair<char const*, char const*> const cases[] = {
         {"data.frame(f = factor(c('u', 'v', NA)), n = c(1.5, 2, NA), l = c(TRUE, NA, FALSE))",
          "3x3 f n l | .: u 1.5 TRUE | .: v 2 NA | .: NA NA FALSE"},
         {"data.frame(n = 1:2, row.names = c('a', 'b'))", "2x1 n | .: 1 | .: 2"},
@@ -113,8 +104,8 @@ TEST(Conversions, FramesBecomeTables)
         {"structure(list(a = 1:2), class = 'data.frame')", "0x1 a"},
         {"structure(list(1:2), row.names = 1:2, class = 'data.frame')", "2x1 . | .: 1 | .: 2"},
     };
-    for (auto const& c : cases)
-        EXPECT_EQ(test::show(ctable(eval<Rcpp::DataFrame>(c.code))), c.shown) << c.code;
+    for (auto const& [code, shown] : cases)
+        EXPECT_EQ(test::show(ctable(eval<Rcpp::DataFrame>(code))), shown) << code;
 }
 
 TEST(Conversions, TablesBecomeFrames)

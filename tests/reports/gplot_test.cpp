@@ -4,17 +4,14 @@
 #include "tests/support/folder.h"
 
 #include <functional>
+#include <utility>
 
 namespace varnow {
 namespace {
 
 TEST(Gplot, WritesEachStatementAsItIsStated)
 {
-    struct
-    {
-        char const* written;
-        std::function<void(gplot&)> call;
-    } const statements[] = {
+    std::pair<char const*, std::function<void(gplot&)>> const statements[] = {
         {"set title 'A b'\n", [](gplot& g) { g.title("A b"); }},
         {"set title '100% of %s %n %'\n", [](gplot& g) { g.title("100%% of %s %n %"); }},
         {"set style fill solid\n", [](gplot& g) { g.style("fill solid"); }},
@@ -62,11 +59,11 @@ TEST(Gplot, WritesEachStatementAsItIsStated)
         {" x\n", [](gplot& g) { g.plot_dim(4, "x", "", "", ""); }},
     };
     folder const out;
-    for (auto const& s : statements) {
+    for (auto const& [written, call] : statements) {
         gplot g("script", out.path(""));
-        s.call(g);
+        call(g);
         g.close();
-        EXPECT_EQ(out.text("script.plt"), s.written);
+        EXPECT_EQ(out.text("script.plt"), written);
     }
 }
 

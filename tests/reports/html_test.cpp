@@ -5,7 +5,9 @@
 #include "tests/support/folder.h"
 #include "tests/support/refusals.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 
 namespace varnow {
 namespace {
@@ -58,11 +60,7 @@ TEST(Html, WritesEachElementByItsProperties)
     text_properties const loud = {1, 0, 1, 4, "red", ""};
     table_properties const framed = {"Cap", "top", "50%", "", "", "", "blue", 1, 0};
     table_properties const bare = {"", "", "", "", "", "", "", 0, 0};
-    struct
-    {
-        char const* written;
-        std::function<void(html&)> add;
-    } const elements[] = {
+    std::pair<char const*, std::function<void(html&)>> const elements[] = {
         {"  <font color='red' size='4'><b><u>\n  x\n  </u></b></font>\n",
          [&](html& r) { r.htext("x", loud); }},
         {"  <a name=\"C1\"></a>\n  <font size='1'>\n  Start\n  </font>\n",
@@ -104,10 +102,10 @@ TEST(Html, WritesEachElementByItsProperties)
          "  <tr><td>0.50</td><td>half</td></tr>\n  </table>\n",
          [&](html& r) { r.htable(c("0,5", "half"), "2 2", bare); }},
     };
-    for (auto const& e : elements) {
+    for (auto const& [written, add] : elements) {
         html r = report();
-        e.add(r);
-        EXPECT_EQ(body(r), e.written);
+        add(r);
+        EXPECT_EQ(body(r), written);
     }
 }
 
