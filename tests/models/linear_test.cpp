@@ -197,6 +197,15 @@ TEST(LinearModel, LikelihoodTakesTheLinearValueForAProbability)
     EXPECT_NEAR(p(2), 1, 2e-7);
 }
 
+TEST(LinearModel, PerfectAndOverfullModelsPassWithoutAWord)
+{
+    matrix se, t, p;
+    lm_tstud("1; 2; 3; 4", "2; 4; 6; 8", se, t, p, EsQuadratic);
+    EXPECT_TRUE(se(1) == 0 && std::isinf(t(1)) && p(1) == 0);
+    lm_tstud("1; 3", "2; 5", se, t, p, EsQuadratic);
+    EXPECT_FALSE(std::isfinite(se(1)) && se(1) > 0);
+}
+
 using StackLossDeathTest = StackLoss;
 
 TEST_F(StackLossDeathTest, RefusesAsTheOperationsDo)

@@ -119,7 +119,7 @@ TEST(Conversions, TablesBecomeFrames)
     EXPECT_TRUE(eval<bool>("is.data.frame(back) && all(dim(back) == c(0, 2))"));
 }
 
-// The call throws the exception of this very class with this text.
+// The call throws the exception of the class with this text.
 #define EXPECT_THROWN(call, name, text)                                                            \
     EXPECT_THAT([&] { call; }, testing::ThrowsMessage<Rcpp::name>(text))
 
