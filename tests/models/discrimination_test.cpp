@@ -84,9 +84,9 @@ TEST(Discrimination, OrdersTiesAsTheSortDoes)
         double different;
         bool fractions, nan;
     } const cases[] = {
-        {5000, 5000, false, false}, {5000, 40, false, false}, {5000, 2, false, false},
-        {5000, 1e9, false, false},  {5000, 40, true, false},  {5000, 900, true, false},
-        {900, 30, false, true},     {300, 3, false, false},
+        {5000, 5000, false, false}, {5000, 40, false, false},  {5000, 2, false, false},
+        {5000, 1, false, false},    {5000, 1e9, false, false}, {5000, 40, true, false},
+        {5000, 900, true, false},   {900, 30, false, true},    {300, 3, false, false},
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.n << " rows, " << c.different << " scores");
