@@ -1,39 +1,25 @@
-#include "../support/containers.h"
-
-#include <varnow/varnow.h>
+#include "tests/analytics/columns.h"
 
 #include <algorithm>
-#include <initializer_list>
-#include <iterator>
 #include <limits>
 #include <random>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace {
 
 using namespace varnow;
+using test::column;
 using test::show;
 
 double const nan_value = std::numeric_limits<double>::quiet_NaN();
 
-matrix column(std::initializer_list<double> values, char const* name = "")
+// n of the values, drawn with replacement.
+template <class T> auto drawn(int n, std::initializer_list<T> values, std::mt19937& source)
 {
-    matrix m(static_cast<int>(values.size()), 1);
-    int i = 0;
-    for (double x : values) m.cell[i++][0] = x;
-    m.cnames[0] = name;
-    return m;
-}
-
-table column(std::initializer_list<char const*> values, char const* name = "")
-{
-    table t(static_cast<int>(values.size()), 1);
-    int i = 0;
-    for (char const* x : values) t.cell[i++][0] = x;
-    t.cnames[0] = name;
-    return t;
+    auto x = ~rep(column({*values.begin()}), n);
+    for (int i = 1; i <= n; ++i) x(i) = values.begin()[source() % values.size()];
+    return x;
 }
 
 TEST(Levels, AreTheDistinctCellsInAscendingOrder)
@@ -51,32 +37,28 @@ TEST(Levels, KeepEveryNanAndOneOfTheZerosAsTheSortLeavesThem)
 {
     // The steps themselves: sort, then the first of each run of equal cells.
     std::mt19937 source(5);
-    double const values[] = {0.0, -0.0, 1, 2, 3, nan_value};
-    for (int kinds : {2, 5, 6})
-        for (int round = 0; round < 50; ++round) {
-            matrix x(1 + static_cast<int>(source() % 40), 1);
-            for (int i = 0; i < x.rows; ++i)
-                x.cell[i][0] = values[source() % static_cast<unsigned>(kinds)];
-            matrix sorted = x;
-            sort(sorted);
-            std::string wanted;
-            int n = 0;
-            for (int i = 0; i < x.rows; ++i) {
-                double const v = sorted.cell[i][0];
-                if (i > 0 && v == sorted.cell[i - 1][0]) continue;
-                wanted += " | .: " + show(dtot(v, 0));
-                ++n;
-            }
-            ASSERT_EQ(show(levels(x)), std::to_string(n) + "x1 LEVELS" + wanted);
-        }
+    for (int round = 0; round < 150; ++round) {
+        int const n = 1 + static_cast<int>(source() % 40);
+        matrix x = round % 2 ? drawn(n, {0.0, -0.0, 1.0, 2.0, nan_value}, source)
+                             : drawn(n, {0.0, -0.0, 1.0}, source);
+        table const found = levels(x);
+        sort(x);
+        std::string wanted;
+        for (int i = 1; i <= n; ++i)
+            if (i == 1 || x(i) != x(i - 1)) wanted += " | .: " + show(dtot(x(i), 0));
+        ASSERT_EQ(show(found), std::to_string(found.rows) + "x1 LEVELS" + wanted);
+    }
 }
 
-TEST(Pivot, CountsTheLevelsOfAColumn)
+TEST(Pivot, CountsEveryCombinationOfLevelsTheLastVariableFastest)
 {
     EXPECT_EQ(show(pivot(column({"b", "a", "b", ""}, "grade"))),
               "3x2 grade COUNT | .: . 1 | .: a 1 | .: b 2");
     EXPECT_EQ(show(pivot(column({2, -1, 2}))),
               "2x2 VAR COUNT | .: -1.000000000000 1 | .: 2.000000000000 2");
+    table const sex = column({"M", "F", "M", "M"}, "sex"), year = column({"1", "2", "2", "2"});
+    EXPECT_EQ(show(pivot(sex, year)),
+              "4x3 sex VAR2 COUNT | .: F 1 0 | .: F 2 1 | .: M 1 1 | .: M 2 2");
 }
 
 TEST(Pivot, TellsTextsApartThatDifferInOneByte)
@@ -87,28 +69,15 @@ TEST(Pivot, TellsTextsApartThatDifferInOneByte)
             texts.emplace_back(n, 'a');
             if (k < n) texts.back()[k] = 'b';
         }
-    table x(2 * static_cast<int>(texts.size()), 1);
-    for (int i = 0; i < x.rows; ++i)
-        x.cell[i][0] = texts[static_cast<std::size_t>(i) % texts.size()];
     std::sort(texts.begin(), texts.end());
-    table const p = pivot(x);
-    ASSERT_EQ(p.rows, static_cast<int>(texts.size()));
-    for (int i = 0; i < p.rows; ++i) {
-        EXPECT_EQ(p.cell[i][0], Text(texts[static_cast<std::size_t>(i)]));
-        EXPECT_EQ(p.cell[i][1], "2");
+    int const n = static_cast<int>(texts.size());
+    table x(n, 1);
+    std::string wanted = std::to_string(n) + "x2 VAR COUNT";
+    for (int i = 0; i < n; ++i) {
+        x.cell[i][0] = texts[static_cast<std::size_t>(i)];
+        wanted += " | .: " + show(x.cell[i][0]) + " 2";
     }
-}
-
-TEST(Pivot, HasARowForEveryCombinationTheLastVariableFastest)
-{
-    table const sex = column({"M", "F", "M", "M"}, "sex"), year = column({"1", "2", "2", "2"});
-    EXPECT_EQ(show(pivot(sex, year)),
-              "4x3 sex VAR2 COUNT | .: F 1 0 | .: F 2 1 | .: M 1 1 | .: M 2 2");
-    EXPECT_EQ(show(pivot(column({1, 2}), column({5, 4}, "y"), column({7, 7}, "z"))),
-              "4x4 VAR1 y z COUNT | .: 1.000000000000 4.000000000000 7.000000000000 0"
-              " | .: 1.000000000000 5.000000000000 7.000000000000 1"
-              " | .: 2.000000000000 4.000000000000 7.000000000000 1"
-              " | .: 2.000000000000 5.000000000000 7.000000000000 0");
+    EXPECT_EQ(show(pivot(x & flipud(x))), wanted);
 }
 
 TEST(Pivot, CountsNumbersThatSixDecimalsTell)
@@ -117,83 +86,41 @@ TEST(Pivot, CountsNumbersThatSixDecimalsTell)
     // cell is.
     EXPECT_EQ(show(pivot(column({1.0 / 3, 0.25}))),
               "2x2 VAR COUNT | .: 0.250000000000 1 | .: 0.333333000000 0");
-    EXPECT_EQ(show(pivot(column({1e-9, 0}))),
+    EXPECT_EQ(show(pivot(column({1e-9, 0.0}))),
               "2x2 VAR COUNT | .: 0.000000000000 1 | .: 0.000000000000 1");
-    EXPECT_EQ(show(pivot(column({nan_value, 0}))),
+    EXPECT_EQ(show(pivot(column({nan_value, 0.0}))),
               "2x2 VAR COUNT | .: 0.000000000000 1 | .: 0.000000000000 1");
 }
 
-// Cells that six decimals tell, or blur, or that equal nothing.
-template <class T> data<T> sample(int rows, int kinds, std::mt19937& source)
+// Of texts, and of numbers that six decimals tell, or blur, or that equal nothing.
+template <class M> void expect_counts(M const& x, M const& y, M const& z)
 {
-    data<T> x(rows, 1);
-    double const numbers[] = {4, -2.5, 1e15, 1.0 / 3, 1e-9, 2e-9, 0.0, -0.0, nan_value};
-    char const* const texts[] = {"4", "4.0", "", "a", "A", "ab", "\xEA", "0", "-"};
-    for (int i = 0; i < rows; ++i) {
-        auto const k = source() % static_cast<unsigned>(kinds);
-        if constexpr (std::is_same<T, double>::value)
-            x.cell[i][0] = numbers[k];
-        else
-            x.cell[i][0] = texts[k];
-    }
-    return x;
-}
-
-// The levels as pivot counts by them: numbers as their texts tell.
-template <class T> std::vector<T> keys_of(data<T> const& x)
-{
-    std::conditional_t<std::is_same<T, double>::value, matrix, table> const l = levels(x);
-    std::vector<T> keys;
-    for (int k = 1; k <= l.rows; ++k) keys.push_back(l(k));
-    return keys;
-}
-
-template <class T> class PivotOf : public testing::Test
-{
-};
-TYPED_TEST_SUITE(PivotOf, test::CellTypes);
-
-TYPED_TEST(PivotOf, AgreesWithAScanForEachCombination)
-{
-    using T = TypeParam;
-    std::mt19937 source(9);
-    for (int kinds : {1, 3, 6, 9})
-        for (int rows : {1, 2, 70}) {
-            data<T> const x = sample<T>(rows, kinds, source), y = sample<T>(rows, kinds, source),
-                          z = sample<T>(rows, 3, source);
-            std::string one, two, three;
-            int n = 0;
-            auto line = [](std::initializer_list<T> levels_here, int count) {
-                std::string s = " | .:";
-                for (T const& level : levels_here) s += " " + show(Text(level));
-                return s + " " + std::to_string(count);
-            };
-            for (T const& a : keys_of(x)) {
-                int in_a = 0;
-                for (int i = 0; i < rows; ++i) in_a += x.cell[i][0] == a;
-                one += line({a}, in_a);
-                for (T const& b : keys_of(y)) {
-                    int in_b = 0;
-                    for (int i = 0; i < rows; ++i) in_b += x.cell[i][0] == a && y.cell[i][0] == b;
-                    two += line({a, b}, in_b);
-                    for (T const& c : keys_of(z)) {
-                        int in_c = 0;
-                        for (int i = 0; i < rows; ++i)
-                            in_c += x.cell[i][0] == a && y.cell[i][0] == b && z.cell[i][0] == c;
-                        three += line({a, b, c}, in_c);
-                        ++n;
-                    }
-                }
+    // Numbers count by what their texts tell.
+    M const a = M(levels(x)), b = M(levels(y)), c = M(levels(z));
+    std::string wanted;
+    for (int i = 1; i <= a.rows; ++i)
+        for (int j = 1; j <= b.rows; ++j)
+            for (int k = 1; k <= c.rows; ++k) {
+                int n = 0;
+                for (int r = 1; r <= x.rows; ++r) n += x(r) == a(i) && y(r) == b(j) && z(r) == c(k);
+                wanted += " | .: " + show(Text(a(i))) + " " + show(Text(b(j))) + " " +
+                          show(Text(c(k))) + " " + std::to_string(n);
             }
-            auto rows_of = [](table const& t) {
-                std::string const s = show(t);
-                return s.substr(s.find(" | "));
-            };
-            ASSERT_EQ(rows_of(pivot(x)), one);
-            ASSERT_EQ(rows_of(pivot(x, y)), two);
-            ASSERT_EQ(rows_of(pivot<T>(x, y, z)), three);
-            ASSERT_EQ(pivot(x, y, z).rows, n);
-        }
+    table const p = pivot(x, y, z);
+    ASSERT_EQ(show(p), std::to_string(p.rows) + "x4 VAR1 VAR2 VAR3 COUNT" + wanted);
+}
+
+TEST(Pivot, AgreesWithAScanForEachCombination)
+{
+    std::mt19937 source(9);
+    auto const numbers = {4.0, -2.5, 1e15, 1.0 / 3, 1e-9, 2e-9, 0.0, -0.0, nan_value};
+    auto const texts = {"4", "4.0", "", "a", "A", "ab", "\xEA", "0", "-"};
+    for (int n : {1, 2, 70}) {
+        expect_counts(drawn(n, numbers, source), drawn(n, {7.0, 0.5}, source),
+                      drawn(n, numbers, source));
+        expect_counts(drawn(n, texts, source), drawn(n, {"x", "y"}, source),
+                      drawn(n, texts, source));
+    }
 }
 
 TEST(Pivot, CountsAsManyLevelsAsThereAre)
@@ -210,38 +137,21 @@ TEST(Pivot, CountsAsManyLevelsAsThereAre)
 
 TEST(Cut, LabelsTheIntervalsClosedAtEitherSide)
 {
-    struct
-    {
-        double x;
-        char const *right, *left;
-    } const cases[] = {
-        {-1e300, "(-Inf,5.00]", "[-Inf,5.00)"},
-        {5, "(-Inf,5.00]", "[5.00,7.50)"},
-        {5.001, "(5.00,7.50]", "[5.00,7.50)"},
-        {7.5, "(5.00,7.50]", "[7.50,10.00)"},
-        {10, "(7.50,10.00]", "[10.00,Inf]"},
-        {1e300, "(10.00,Inf]", "[10.00,Inf]"},
-        {nan_value, "", ""},
-    };
-    matrix x(static_cast<int>(std::size(cases)), 1);
-    table texts(x.rows, 1);
-    x.colname(1) = texts.colname(1) = "age";
+    matrix x = column({-1e300, 5.0, 5.001, 7.5, 10.0, 1e300, nan_value}, "age");
+    table texts = column({"-9", "5", "5,001", "7.5", "10", "1e300", ""}, "age");
     x.rowname(2) = texts.rowname(2) = "anna";
-    for (int i = 0; i < x.rows; ++i) {
-        x.cell[i][0] = cases[i].x;
-        texts.cell[i][0] = replace(Text(cases[i].x), '.', ',');
+    std::string const right =
+        "7x1 CUT | .: (-Inf,5.00] | anna: (-Inf,5.00] | .: (5.00,7.50] | .: (5.00,7.50]"
+        " | .: (7.50,10.00] | .: (10.00,Inf] | .: .";
+    std::string const left =
+        "7x1 CUT | .: [-Inf,5.00) | anna: [5.00,7.50) | .: [5.00,7.50) | .: [7.50,10.00)"
+        " | .: [10.00,Inf] | .: [10.00,Inf] | .: .";
+    for (matrix const& breaks : {matrix("5 7.5 10"), matrix("5; 7.5; 10")}) {
+        EXPECT_EQ(show(cut(x, breaks, 0)), right);
+        EXPECT_EQ(show(cut(texts, breaks)), right);
+        EXPECT_EQ(show(cut(x, breaks, 1)), left);
+        EXPECT_EQ(show(cut(texts, breaks, -1)), left);
     }
-    for (matrix const& breaks : {matrix("5 7.5 10"), matrix("5; 7.5; 10")})
-        for (table const& right : {cut(x, breaks, 0), cut(texts, breaks)}) {
-            table const left = cut(texts, breaks, -1);
-            EXPECT_EQ(right.colname(1), "CUT");
-            EXPECT_EQ(right.rowname(2), "anna");
-            EXPECT_EQ(right.cols, 1);
-            for (int i = 0; i < x.rows; ++i) {
-                EXPECT_EQ(right(i + 1), cases[i].right);
-                EXPECT_EQ(left(i + 1), cases[i].left);
-            }
-        }
     EXPECT_EQ(show(cut(column({1, 2, 3}), 2.0, 0)),
               "3x1 CUT | .: (-Inf,2.00] | .: (-Inf,2.00] | .: (2.00,Inf]");
 }
@@ -271,27 +181,12 @@ TEST(Apply, TakesTheCellsAtEachLevelOfTheIndex)
     EXPECT_EQ(show(apply(texts, index, sum)), "3x2 group VALUE | .: . 3.000000 | .: a . | .: b .");
     EXPECT_EQ(show(apply(column({1, 2, 4, 8}), column({"b", "b", "b", "b"}), quantile, 0.5)),
               "1x2 VAR VALUE | .: b 3.000000");
-}
-
-std::string calls;
-matrix notes(matrix const& m)
-{
-    calls += show(m) + ";";
-    return sum(m);
-}
-
-TEST(Apply, CallsTheFunctionOnceForEachLevelWithTheRowsInOrder)
-{
+    // The function is called once for each level, with the rows in their order.
     matrix x = column({3, 1, 2, 5, 4}, "x");
     x.rowname(1) = "r";
-    calls = "";
-    apply(x, column({"q", "p", "q", "q", "p"}), notes);
-    EXPECT_EQ(calls, "2x1 . | .: 1 | .: 4;3x1 . | .: 3 | .: 2 | .: 5;");
-}
-
-matrix two(matrix const&)
-{
-    return matrix("1 2");
+    test::calls = "";
+    apply(x, column({"q", "p", "q", "q", "p"}), test::notes);
+    EXPECT_EQ(test::calls, "2x1 . | .: 1 | .: 4;3x1 . | .: 3 | .: 2 | .: 5;");
 }
 
 TEST(PivotDeathTest, RefusesWhatIsNoColumnOfData)
@@ -301,50 +196,48 @@ TEST(PivotDeathTest, RefusesWhatIsNoColumnOfData)
     char const* const not_column = "oczekiwana kolumna danych";
     char const* const empty = "puste dane";
     char const* const lengths = "niezgodne dlugosci danych";
-    auto expect = [](auto call, char const* routine, char const* message) {
-        SCOPED_TRACE(std::string(routine) + ": " + message);
-        EXPECT_REFUSAL(call(), "TABLE", routine, message);
-    };
-    expect([&] { levels(matrix(0, 2)); }, "table levels(data)", not_column);
-    expect([&] { levels(table(0, 1)); }, "table levels(data)", empty);
-    expect([&] { levels(matrix(3, 0)); }, "table levels(data)", empty);
-    expect([&] { pivot(table(2, 2)); }, "table pivot(data)", not_column);
-    expect([&] { pivot(table()); }, "table pivot(data)", empty);
-
+    char const* const of_two = "table pivot(data,data)";
+    char const* const of_three = "table pivot(data,data,data)";
+    char const* const of_levels = "table levels(data)";
+    char const* const of_cut = "table cut(data,matrix,int)";
+    char const* const of_apply = "table apply(data,table,matrix f(matrix))";
+    char const* const no_break = "potrzebna przynajmniej jedna granica przedzialow";
+    char const* const no_vector = "oczekiwany wektor definiujacy przedzialy";
     char const* const argument[] = {"pierwszy argument musi byc kolumna danych",
                                     "drugi argument musi byc kolumna danych",
                                     "trzeci argument musi byc kolumna danych"};
-    expect([&] { pivot(wide, matrix()); }, "table pivot(data,data)", argument[0]);
-    expect([&] { pivot(longer, wide); }, "table pivot(data,data)", argument[1]);
-    expect([&] { pivot(x, longer); }, "table pivot(data,data)", lengths);
-    expect([&] { pivot(none, none); }, "table levels(data)", empty);
-    char const* const of_three = "table pivot(data,data,data)";
-    expect([&] { pivot(matrix(), wide, wide); }, of_three, argument[0]);
-    expect([&] { pivot(longer, wide, wide); }, of_three, argument[1]);
-    expect([&] { pivot(longer, x, wide); }, of_three, argument[2]);
-    expect([&] { pivot(x, longer, x); }, of_three, lengths);
-    expect([&] { pivot(x, x, longer); }, of_three, lengths);
-
-    char const* const of_cut = "table cut(data,matrix,int)";
-    char const* const no_break = "potrzebna przynajmniej jedna granica przedzialow";
-    char const* const no_vector = "oczekiwany wektor definiujacy przedzialy";
-    expect([&] { cut(matrix(0, 2), matrix(), 0); }, of_cut, not_column);
-    expect([&] { cut(none, matrix(), 0); }, of_cut, empty);
-    expect([&] { cut(x, matrix(), 0); }, of_cut, no_vector);
-    expect([&] { cut(i, wide, 0); }, of_cut, no_vector);
-    expect([&] { cut(x, matrix(1, 0), 0); }, of_cut, no_break);
-    expect([&] { cut(x, matrix(0, 1), 1); }, of_cut, no_break);
-
-    char const* const of_apply = "table apply(data,table,matrix f(matrix))";
     matrix (*const nothing)(matrix const&) = nullptr;
-    expect([&] { apply(matrix(0, 2), i, nothing); }, of_apply, not_column);
-    expect([&] { apply(none, table(), nothing); }, of_apply, empty);
-    expect([&] { apply(x, table(3, 2), nothing); }, of_apply, "oczekiwana kolumna indeksujaca");
-    expect([&] { apply(longer, i, nothing); }, of_apply,
-           "dlugosc indeksu niezgodna z dlugoscia danych");
-    expect([&] { apply(i, i, nothing); }, of_apply, "brak funkcji");
-    expect([&] { apply(x, i, nullptr, 0.5); }, of_apply, "brak funkcji");
-    EXPECT_REFUSAL(apply(x, i, two), "MATRIX", "operator double()", "konwersja niemozliwa");
+    test::refusal const cases[] = {
+        {[&] { levels(matrix(0, 2)); }, of_levels, not_column},
+        {[&] { levels(table(0, 1)); }, of_levels, empty},
+        {[&] { levels(matrix(3, 0)); }, of_levels, empty},
+        {[&] { pivot(table(2, 2)); }, "table pivot(data)", not_column},
+        {[&] { pivot(table()); }, "table pivot(data)", empty},
+        {[&] { pivot(wide, matrix()); }, of_two, argument[0]},
+        {[&] { pivot(longer, wide); }, of_two, argument[1]},
+        {[&] { pivot(x, longer); }, of_two, lengths},
+        {[&] { pivot(none, none); }, of_levels, empty},
+        {[&] { pivot(matrix(), wide, wide); }, of_three, argument[0]},
+        {[&] { pivot(longer, wide, wide); }, of_three, argument[1]},
+        {[&] { pivot(longer, x, wide); }, of_three, argument[2]},
+        {[&] { pivot(x, longer, x); }, of_three, lengths},
+        {[&] { pivot(x, x, longer); }, of_three, lengths},
+        {[&] { cut(matrix(0, 2), matrix(), 0); }, of_cut, not_column},
+        {[&] { cut(none, matrix(), 0); }, of_cut, empty},
+        {[&] { cut(x, matrix(), 0); }, of_cut, no_vector},
+        {[&] { cut(i, wide, 0); }, of_cut, no_vector},
+        {[&] { cut(x, matrix(1, 0), 0); }, of_cut, no_break},
+        {[&] { cut(x, matrix(0, 1), 1); }, of_cut, no_break},
+        {[&] { apply(matrix(0, 2), i, nothing); }, of_apply, not_column},
+        {[&] { apply(none, table(), nothing); }, of_apply, empty},
+        {[&] { apply(x, table(3, 2), nothing); }, of_apply, "oczekiwana kolumna indeksujaca"},
+        {[&] { apply(longer, i, nothing); }, of_apply,
+         "dlugosc indeksu niezgodna z dlugoscia danych"},
+        {[&] { apply(i, i, nothing); }, of_apply, "brak funkcji"},
+        {[&] { apply(x, i, nullptr, 0.5); }, of_apply, "brak funkcji"},
+    };
+    test::expect_refusals("TABLE", cases);
+    EXPECT_REFUSAL(apply(x, i, test::two), "MATRIX", "operator double()", "konwersja niemozliwa");
 }
 
 } // namespace

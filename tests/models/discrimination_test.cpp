@@ -1,43 +1,26 @@
-#include "../support/refusal.h"
+#include "tests/support/bits.h"
+#include "tests/support/containers.h"
+#include "tests/support/refusals.h"
 
-#include <varnow/containers/matrix_arithmetic.h>
-#include <varnow/containers/matrix_special.h>
-#include <varnow/containers/ordering.h>
-#include <varnow/containers/slicing.h>
-#include <varnow/models/discrimination.h>
+#include <varnow/varnow.h>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tuple>
 
 namespace {
 
 using namespace varnow;
+using test::same_bits;
 
 double const nan_value = std::numeric_limits<double>::quiet_NaN();
 double const rounding = 1e-12; // sums of some thousand terms, divided otherwise than here
 
-struct observation
+struct sample
 {
-    double x, y;
+    matrix x, y;
 };
-using sample = std::vector<observation>;
-
-matrix scores(sample const& s)
-{
-    matrix m(static_cast<int>(s.size()), 1);
-    for (int i = 0; i < m.rows; ++i) m.cell[i][0] = s[static_cast<std::size_t>(i)].x;
-    return m;
-}
-matrix flags(sample const& s)
-{
-    matrix m(static_cast<int>(s.size()), 1);
-    for (int i = 0; i < m.rows; ++i) m.cell[i][0] = s[static_cast<std::size_t>(i)].y;
-    return m;
-}
 
 // n observations, always the same, with a quarter of bads, scores of that many different values; 0
 // leaves all.
@@ -45,112 +28,45 @@ sample drawn(int n, double different, bool fractions = false)
 {
     varnow::detail::random_state = 12345; // the same whichever tests run
     matrix const u = rand(n, 2);
-    sample s;
-    for (int i = 0; i < n; ++i) {
-        double const x = u.cell[i][0], y = u.cell[i][1];
-        s.push_back({different > 0 ? std::floor(different * x) : x, fractions ? y * (1 - x)
-                                                                    : y < 0.5 * (1 - x) ? 1.0
-                                                                                        : 0.0});
+    sample s = {u[1], u[2]};
+    for (int i = 1; i <= n; ++i) {
+        double& x = s.x(i);
+        double& y = s.y(i);
+        y = fractions ? y * (1 - x) : y < 0.5 * (1 - x);
+        if (different > 0) x = std::floor(different * x);
     }
     return s;
 }
 
-// The sort that decides on the order of ties, as plainly as it can be written.
-void quicksort(sample& s, int left, int right)
+// KS, the score where it is reached, and the shares of goods and bads there.
+matrix separation(matrix const& x, matrix const& y)
 {
-    while (left < right) {
-        std::swap(s[static_cast<std::size_t>(left)],
-                  s[static_cast<std::size_t>((left + right) / 2)]);
-        int last = left;
-        for (int i = left + 1; i <= right; ++i)
-            if (s[static_cast<std::size_t>(i)].x < s[static_cast<std::size_t>(left)].x)
-                std::swap(s[static_cast<std::size_t>(++last)], s[static_cast<std::size_t>(i)]);
-        std::swap(s[static_cast<std::size_t>(left)], s[static_cast<std::size_t>(last)]);
-        quicksort(s, left, last - 1);
-        left = last + 1;
-    }
-}
-
-// Share of pairs of a bad and a good in which the bad has the lower score, ties counting half.
-double auc(sample const& s)
-{
-    double won = 0, pairs = 0;
-    for (observation const& bad : s)
-        for (observation const& good : s)
-            if (bad.y == 1 && good.y == 0) {
-                won += bad.x < good.x ? 1 : bad.x == good.x ? 0.5 : 0;
-                ++pairs;
-            }
-    return won / pairs;
-}
-
-double total(sample const& s)
-{
-    double t = 0;
-    for (observation const& o : s) t += o.y;
-    return t;
-}
-
-struct extreme
-{
-    double ks = -2, x = 0, goods = 0, bads = 0;
-};
-// From observations in their final order.
-extreme separation(sample const& s)
-{
-    extreme best;
-    double const nb = total(s), n0 = static_cast<double>(s.size()) - nb;
-    double b = 0, g = 0;
-    for (observation const& o : s) {
-        b += o.y;
-        g += 1 - o.y;
-        if (b / nb - g / n0 > best.ks) best = {b / nb - g / n0, o.x, g / n0, b / nb};
-    }
-    return best;
-}
-
-// Over groups of equal rank.
-double information(sample const& s, std::size_t k)
-{
-    std::vector<double> bads(k), goods(k);
-    for (std::size_t p = 0; p < s.size(); ++p) {
-        bads[p * k / s.size()] += s[p].y;
-        goods[p * k / s.size()] += 1 - s[p].y;
-    }
-    double const nb = total(s), n0 = static_cast<double>(s.size()) - nb;
-    double sum = 0;
-    for (std::size_t g = 0; g < k; ++g)
-        sum += std::log(goods[g] / n0 * nb / bads[g]) * (goods[g] / n0 - bads[g] / nb);
-    return sum;
-}
-
-double ratio(sample const& s)
-{
-    double const nb = total(s), n = static_cast<double>(s.size());
-    double b = 0, area_of_model = 0;
-    for (observation const& o : s) area_of_model += (b += o.y) / nb;
-    area_of_model = (area_of_model - 0.5 * (b / nb)) / n;
-    return (area_of_model - 0.5) / (1 - nb / n * 0.5 - 0.5);
+    double score, goods, bads, ks = KS_xy(x, y, score, goods, bads);
+    EXPECT_TRUE(same_bits(KS(x, y), ks));
+    return c(ks, score, goods, bads);
 }
 
 TEST(Discrimination, AgreesWithCountingPairsOfBadAndGood)
 {
     for (double different : {0.0, 7.0, 300.0}) {
-        sample const s = drawn(1500, different);
-        matrix const x = scores(s), y = flags(s);
-        double const expected = 2 * auc(s) - 1;
+        auto const [x, y] = drawn(1500, different);
+        // A pair is won where the bad has the lower score, ties counting half; KS is the greatest
+        // difference over all thresholds.
+        double const nb = sum(y), n0 = 1500 - nb;
+        double won = 0, best = -1;
+        for (int at = 1; at <= 1500; ++at) {
+            double bads = 0, goods = 0, tied = 0;
+            for (int i = 1; i <= 1500; ++i) {
+                if (x(i) <= x(at)) (y(i) == 1 ? bads : goods) += 1;
+                if (x(i) == x(at)) tied += y(i);
+            }
+            best = std::max(best, bads / nb - goods / n0);
+            if (y(at) == 0) won += bads - tied / 2;
+        }
+        double const expected = 2 * won / (nb * n0) - 1;
         EXPECT_NEAR(AR(x, y, 1.0, 1, 1, 0), expected, rounding);
         EXPECT_NEAR(AR(x, y, 1.0, 0, 1, 0), expected, rounding);
         EXPECT_NEAR(AR(x, y, 1.5, 1, 1, 0), expected, rounding);
-        // KS: the greatest difference over all thresholds
-        double const nb = total(s), n0 = 1500 - nb;
-        double best = -1;
-        for (observation const& at : s) {
-            double bads = 0, goods = 0;
-            for (observation const& o : s)
-                if (o.x <= at.x) (o.y == 1 ? bads : goods) += 1;
-            best = std::max(best, bads / nb - goods / n0);
-        }
         EXPECT_GE(KS(x, y), best - rounding);
         if (different > 0) continue;
         EXPECT_NEAR(KS(x, y), best, rounding);
@@ -158,14 +74,15 @@ TEST(Discrimination, AgreesWithCountingPairsOfBadAndGood)
     }
 }
 
+// What is told of tied scores is what is told of their ranks, which are not tied, in the order in
+// which `sort` leaves them.
 TEST(Discrimination, OrdersTiesAsTheSortDoes)
 {
     struct
     {
         int n;
         double different;
-        bool fractions;
-        bool nan;
+        bool fractions, nan;
     } const cases[] = {
         {5000, 5000, false, false}, {5000, 40, false, false},  {5000, 2, false, false},
         {5000, 1, false, false},    {5000, 1e9, false, false}, {5000, 40, true, false},
@@ -173,69 +90,48 @@ TEST(Discrimination, OrdersTiesAsTheSortDoes)
     };
     for (auto const& c : cases) {
         SCOPED_TRACE(testing::Message() << c.n << " rows, " << c.different << " scores");
-        sample s = drawn(c.n, c.different, c.fractions);
-        if (c.different == 1e9) s[17].x = s[4000].x = s[2500].x; // hardly any ties
-        if (c.nan)
-            for (std::size_t i = 0; i < s.size(); i += 50) s[i].x = nan_value;
-        matrix const x = scores(s), y = flags(s);
-        quicksort(s, 0, c.n - 1);
-        extreme const e = separation(s);
-        int const groups = c.n > 300 ? 7 : 2;
-        double sx, goods, bads;
-        EXPECT_EQ(KS_xy(x, y, sx, goods, bads), e.ks);
-        EXPECT_EQ(KS(x, y), e.ks);
-        EXPECT_TRUE(sx == e.x || (sx != sx && e.x != e.x));
-        EXPECT_EQ(goods, e.goods);
-        EXPECT_EQ(bads, e.bads);
-        EXPECT_EQ(AR(x, y, 1.0, 1, 0, 0), ratio(s));
-        EXPECT_NEAR(IV(x, y, groups), information(s, std::size_t(groups)), rounding);
-        matrix sorted = scores(s), levelled = flags(s);
-        double const nb = total(s);
-        del_rand_quality(sorted, levelled);
-        for (std::size_t i = 0; i < s.size(); ++i) s[i].y = levelled.cell[i][0];
-        double b = 0, a = 0;
-        for (observation const& o : s) a += (b += o.y) / nb;
-        a = (a - 0.5 * (b / nb)) / c.n;
-        EXPECT_EQ(AR(x, y, 1.0, 1, 1, 0), (a - 0.5) / (1 - nb / c.n * 0.5 - 0.5));
+        auto [x, y] = drawn(c.n, c.different, c.fractions);
+        if (c.different == 1e9) x(18) = x(4001) = x(2501); // hardly any ties
+        for (int i = 1; c.nan && i <= c.n; i += 50) x(i) = nan_value;
+        matrix sorted = x, flags = y, rank = $(c.n);
+        sort(sorted, flags, Ascending, 1);
+
+        matrix of_ranks = separation(rank, flags);
+        of_ranks(2) = sorted(int(of_ranks(2)));
+        EXPECT_TRUE(same_bits(separation(x, y), of_ranks));
+        EXPECT_EQ(AR(x, y, 1.0, 1, 0, 0), AR(rank, flags, 1.0, 1, 0, 0));
+        for (int groups : {2, 7}) EXPECT_NEAR(IV(x, y, groups), IV(rank, flags, groups), rounding);
+        del_rand_quality(sorted, flags);
+        EXPECT_NEAR(AR(x, y, 1.0, 1, 1, 0), AR(rank, flags, 1.0, 1, 0, 0), rounding);
     }
 }
 
 TEST(Discrimination, RatesPerfectAndWrongModels)
 {
     matrix const x("6; 1; 5; 2; 4; 3"), y("0; 1; 0; 1; 0; 0");
-    double sx, goods, bads;
-    EXPECT_EQ(KS_xy(x, y, sx, goods, bads), 1);
-    EXPECT_EQ(sx, 2);
-    EXPECT_EQ(goods, 0);
-    EXPECT_EQ(bads, 1);
+    EXPECT_TRUE(compare(separation(x, y), matrix("1 2 0 1")));
     for (double range : {1.0, 0.5, 0.34})
         for (int ideal : {0, 1}) EXPECT_DOUBLE_EQ(AR(x, y, range, ideal, 0, 0), 1);
     EXPECT_DOUBLE_EQ(AR(-x, y, 1.0, 1, 0, 0), -1);
-    EXPECT_EQ(KS(-x, y), 0); // reached in the last row; no absolute value is taken
+    // reached in the last row; no absolute value is taken
+    EXPECT_TRUE(compare(separation(-x, y), matrix("0 -1 1 1")));
     EXPECT_DOUBLE_EQ(AR(ones(6, 1), y, 1.0, 1, 1, 0), 0);
     // differences 0.5, 0.25, 0, 0.5, ...: the first of equal maxima
-    EXPECT_EQ(KS_xy(matrix("1; 2; 3; 4; 5; 6"), matrix("1; 0; 0; 1; 0; 0"), sx, goods, bads), 0.5);
-    EXPECT_EQ(sx, 1);
+    EXPECT_TRUE(compare(separation($(6), matrix("1; 0; 0; 1; 0; 0")), matrix("0.5 1 0 0.5")));
 }
 
 TEST(Discrimination, IsNanForOneClassAndForNoRows)
 {
-    matrix const x("1; 2; 2");
-    for (matrix const& y : {zeros(3, 1), ones(3, 1)}) {
-        double sx = 0, goods = 0, bads = 0;
-        EXPECT_TRUE(std::isnan(KS_xy(x, y, sx, goods, bads)));
-        EXPECT_TRUE(std::isnan(sx) && std::isnan(goods) && std::isnan(bads));
-        EXPECT_TRUE(std::isnan(AR(x, y, 1.0, 1, 1, 0)));
-        EXPECT_TRUE(std::isnan(IV(x, y, 2)));
+    matrix const x("1; 2; 2"), none(0, 1), missing = "nan nan nan nan";
+    for (sample const& s : {sample{x, zeros(3, 1)}, sample{x, ones(3, 1)}, sample{none, none},
+                            sample{matrix(), matrix()}}) {
+        EXPECT_TRUE(same_bits(separation(s.x, s.y), missing));
+        EXPECT_TRUE(std::isnan(AR(s.x, s.y, 1.0, 1, 1, 0)));
+        EXPECT_TRUE(std::isnan(AR(s.x, s.y, 0.5, 0, 1, 0)));
+        EXPECT_TRUE(std::isnan(IV(s.x, s.y, 2)));
     }
-    for (matrix const& none : {matrix(), matrix(0, 1)}) {
-        EXPECT_TRUE(std::isnan(KS(none, none)));
-        EXPECT_TRUE(std::isnan(AR(none, none, 1.0, 1, 1, 0)));
-        EXPECT_TRUE(std::isnan(AR(none, none, 0.5, 0, 1, 0)));
-        EXPECT_TRUE(std::isnan(IV(none, none, 2)));
-        EXPECT_EQ(CAP(none, none, 1).rows, 0);
-        EXPECT_EQ(CAP(none, none, 0).cols, 6);
-    }
+    EXPECT_EQ(CAP(none, none, 1).rows, 0);
+    EXPECT_EQ(CAP(matrix(), matrix(), 0).cols, 6);
 }
 
 TEST(CAP, TellsTheCurvesRowByRow)
@@ -256,20 +152,14 @@ TEST(CAP, TellsTheCurvesRowByRow)
 
 TEST(CAP, HasAnIdealCurveByCountOrByTheValuesOfTheFlag)
 {
-    struct
-    {
-        char const* y;
-        char const* by_count;
-        char const* by_values;
-    } const cases[] = {
+    std::tuple<char const*, char const*, char const*> const cases[] = {
         {"0.5; 0; 0.75; 0.25", "0.5; 1; 1; 1", "0.5; 0.83333333333333333; 1; 1"}, // 1.5 bads
         {"1; 1; 1; 1", "0.25; 0.5; 0.75; 1", "0.25; 0.5; 0.75; 1"},               // as many as rows
         {"0.25; 0; 0; 0", "1; 1; 1; 1", "1; 1; 1; 1"},                            // rounded to none
     };
-    for (auto const& c : cases) {
-        matrix const x("1; 2; 3; 4");
-        EXPECT_TRUE(compare(CAP(x, c.y, 1)[4], matrix(c.by_count)));
-        EXPECT_TRUE(compare(CAP(x, c.y, 2)[4], matrix(c.by_values)));
+    for (auto const& [y, by_count, by_values] : cases) {
+        EXPECT_TRUE(compare(CAP($(4), y, 1)[4], matrix(by_count)));
+        EXPECT_TRUE(compare(CAP($(4), y, 2)[4], matrix(by_values)));
     }
 }
 
@@ -320,17 +210,9 @@ TEST(Ties, RunFromTheirFirstRow)
 TEST(TA, TellsWhatACutOffAccepts)
 {
     matrix const x("3; 1; 2.5; 5; 4; 7; 6"), y("0; 1; 0; 0; 1; 0; 0");
-    table const r = TA(x, y, 3); // every second row
-    char const* const expected[5][5] = {{"Score", "Count", "Bads", "Acceptance", "Quality"},
-                                        {"1", "7", "2", "0.857143", "0.285714"},
-                                        {"3", "5", "1", "0.571429", "0.200000"},
-                                        {"5", "3", "0", "0.285714", "0"},
-                                        {"7", "1", "0", "0", "0"}};
-    ASSERT_TRUE(r.rows == 4 && r.cols == 5);
-    for (int j = 1; j <= 5; ++j) {
-        EXPECT_EQ(r.colname(j), expected[0][j - 1]);
-        for (int i = 1; i <= 4; ++i) EXPECT_EQ(r(i, j), expected[i][j - 1]);
-    }
+    EXPECT_EQ(test::show(TA(x, y, 3)), // every second row
+              "4x5 Score Count Bads Acceptance Quality | .: 1 7 2 0.857143 0.285714"
+              " | .: 3 5 1 0.571429 0.200000 | .: 5 3 0 0.285714 0 | .: 7 1 0 0 0");
     EXPECT_EQ(TA(x, y, 7).rows, 7);
     EXPECT_EQ(TA(x, y, 1).rows, 1);
 }
@@ -354,34 +236,40 @@ TEST(InformationValue, SumsOverGroupsOfEqualRank)
 TEST(DiscriminationDeathTest, RefusesWhatItCannotOrder)
 {
     matrix const x = ones(4, 1), y = ones(3, 1), square = ones(4), row = ones(1, 4);
-    char const* const shapes = "wektory maja niezgodne wymiary";
     char const* const pair = "sort(matrix,matrix,Direction,int)";
-    EXPECT_REFUSAL(KS(x, y), "MATRIX", pair, shapes);
-    EXPECT_REFUSAL(AR(y, x, 1.0, 1, 0, 0), "MATRIX", pair, shapes);
-    EXPECT_REFUSAL(CAP(x, ~x, 1), "MATRIX", pair, shapes);
-    EXPECT_REFUSAL(IV(x, y, 2), "MATRIX", pair, shapes);
-    EXPECT_REFUSAL(TA(square, square, 2), "MATRIX", "Vector sort(matrix,Direction,int)",
-                   "pierwszy argument nie jest wektorem");
-    matrix a = x, b = y;
-    EXPECT_REFUSAL(del_rand_quality(a, b), "MATRIX", "void del_rand_quality(matrix,matrix)",
-                   shapes);
-
+    char const* const levelling = "void del_rand_quality(matrix,matrix)";
+    char const* const shapes = "wektory maja niezgodne wymiary";
     char const* const columns = "oczekiwane wektory kolumnowe";
-    EXPECT_REFUSAL(KS(row, row), "MATRIX", "double KS(matrix,matrix)", columns);
-    EXPECT_REFUSAL(CAP(row, row, 1), "MATRIX", "matrix CAP(matrix,matrix,int)", columns);
-    EXPECT_REFUSAL(AR(row, row, 1.0, 1, 0, 0), "MATRIX",
-                   "double AR(matrix,matrix,double,int,int,int)", columns);
-    EXPECT_REFUSAL(TA(row, row, 1), "TABLE", "table TA(matrix,matrix,int)", columns);
-
-    for (int bins : {0, -1, 5})
-        EXPECT_REFUSAL(TA(x, x, bins), "TABLE", "table TA(matrix,matrix,int)",
-                       "liczba przedzialow poza zakresem");
-    for (int k : {0, -3}) {
-        EXPECT_REFUSAL(IV(x, x, k), "MATRIX", "double IV(matrix,matrix,int)",
-                       "liczba grup mniejsza niz 1");
-        EXPECT_REFUSAL(IVa(x, x, k), "MATRIX", "double IVa(matrix,matrix,int)",
-                       "liczba grup mniejsza niz 1");
-    }
+    char const* const groups = "liczba grup mniejsza niz 1";
+    matrix a = x, b = y, c = row, d = row;
+    double sx;
+    test::refusal const cases[] = {
+        {[&] { KS(x, y); }, pair, shapes},
+        {[&] { AR(y, x, 1.0, 1, 0, 0); }, pair, shapes},
+        {[&] { CAP(x, ~x, 1); }, pair, shapes},
+        {[&] { IV(x, y, 2); }, pair, shapes},
+        {[&] { TA(square, square, 2); }, "Vector sort(matrix,Direction,int)",
+         "pierwszy argument nie jest wektorem"},
+        {[&] { del_rand_quality(a, b); }, levelling, shapes},
+        {[&] { del_rand_quality(c, d); }, levelling, columns},
+        {[&] { KS_xy(row, row, sx, sx, sx); }, "double KS_xy(matrix,matrix,double,double,double)",
+         columns},
+        {[&] { KS(row, row); }, "double KS(matrix,matrix)", columns},
+        {[&] { CAP(row, row, 1); }, "matrix CAP(matrix,matrix,int)", columns},
+        {[&] { AR(row, row, 1.0, 1, 0, 0); }, "double AR(matrix,matrix,double,int,int,int)",
+         columns},
+        {[&] { IV(x, x, 0); }, "double IV(matrix,matrix,int)", groups},
+        {[&] { IVa(x, x, -3); }, "double IVa(matrix,matrix,int)", groups},
+    };
+    test::expect_refusals("MATRIX", cases);
+    char const* const ta = "table TA(matrix,matrix,int)";
+    char const* const bins = "liczba przedzialow poza zakresem";
+    test::refusal const tables[] = {
+        {[&] { TA(row, row, 1); }, ta, columns},
+        {[&] { TA(x, x, 0); }, ta, bins},
+        {[&] { TA(x, x, 5); }, ta, bins},
+    };
+    test::expect_refusals("TABLE", tables);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <varnow/varnow.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace varnow {
 namespace {
@@ -56,15 +57,12 @@ TEST(ParamStart, HeedsTheDirectionAndDegenerateData)
     matrix const x = "0; 1; 2; 3", t = "0; 1; 1; 2";
     EXPECT_GT(param_start_C(x, t, 1)(1), 0.0);
     EXPECT_LT(param_start_C(x, -t, -1)(1), 0.0);
-    struct
-    {
-        matrix x, t;
-        double level;
-    } const rows[] = {{"1; 1; 1", "1; 2; 6", 3.0}, {x, "5; 5; 5; 5", 5.0}, {"4", "2", 2.0}};
-    for (auto const& row : rows) {
-        matrix p = param_start_C(row.x, row.t, 0);
+    std::tuple<matrix, matrix, double> const rows[] = {
+        {"1; 1; 1", "1; 2; 6", 3.0}, {x, "5; 5; 5; 5", 5.0}, {"4", "2", 2.0}};
+    for (auto const& [places, targets, level] : rows) {
+        matrix p = param_start_C(places, targets, 0);
         EXPECT_NEAR(p(1), 0.0, 1e-12);
-        EXPECT_NEAR(f_C(2.0, p), row.level, 1e-12);
+        EXPECT_NEAR(f_C(2.0, p), level, 1e-12);
         EXPECT_TRUE(std::isfinite(p(2)) && std::isfinite(p(3)));
     }
     EXPECT_NEAR(param_start_C(x, t, -1)(1), 0.0, 1e-12);
