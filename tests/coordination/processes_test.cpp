@@ -130,7 +130,7 @@ TEST(Processes, LoseNoTaskWithKilledWorkers)
     std::vector<pid_t> rounds;
     for (int round = 0; round < 20; ++round)
         rounds.push_back(start([&] {
-            shared_list list(100, f.path("list" + std::to_string(round)), round % 2 ? 500 : 20000);
+            shared_list list(40, f.path("list" + std::to_string(round)), round % 2 ? 500 : 20000);
             list.start_workers(2);
             usleep(static_cast<useconds_t>(5000 * round));
             expect_killed(std::exchange(list.workers, {}));
