@@ -6,7 +6,6 @@
 #include <climits>
 #include <cmath>
 #include <ctime>
-#include <functional>
 #include <sstream>
 
 using namespace varnow;
@@ -97,39 +96,33 @@ TEST(Date, MovesByMonthsToTheLastDayThatThereIs)
 
 TEST(DateDeathTest, RefusesTextsOfAnotherForm)
 {
-    std::pair<char const*, char const*> const cases[] = {
-        {"", "nieprawidlowa dlugosc"},
-        {"2024-2-29", "nieprawidlowa dlugosc"},
-        {"2024-02-029", "nieprawidlowa dlugosc"},
-        {"2024:02-29", "nieprawidlowy separator"},
-        {"2024-02,29", "nieprawidlowy separator"},
-        {"2024-0229 ", "nieprawidlowy separator"},
-        {"2024\25502-29", "nieprawidlowy separator"},
-    };
-    for (auto const& [text, what] : cases)
+    auto refuses = [](char const* text, std::string const& why) {
         EXPECT_REFUSAL_DETAIL(date x(text), "DATE", "sdate ttosd(Text)",
-                              std::string("zly format tekstowy daty, ") + what,
+                              "zly format tekstowy daty, nieprawidlow" + why,
                               "oczekiwany YYYY-MM-DD, YYYY.MM.DD lub YYYY/MM/DD");
+    };
+    for (char const* x : {"", "2024-2-29", "2024-02-029"}) refuses(x, "a dlugosc");
+    for (char const* x : {"2024:02-29", "2024-02,29", "2024-0229 ", "2024\25502-29"})
+        refuses(x, "y separator");
 }
 
 TEST(DateDeathTest, RefusesDatesThatTheCalendarDoesNotHave)
 {
-    std::string const early = "data wczesniejsza niz poczatek kalendarza",
-                      illegal = "nieprawidlowa data: ", largest = std::to_string(LONG_MAX);
-    std::pair<std::function<void()>, std::string> const cases[] = {
-        {[] { d("2023-02-29"); }, illegal + "2023-2-29"},
-        {[] { date(2024, 13, 1); }, illegal + "2024-13-1"},
-        {[] { date(LONG_MAX, 1, 1); }, illegal + largest + "-1-1"},
-        {[] { ymod("2024-02-29", 1); }, illegal + "2025-2-29"},
-        {[] { dtoda(2024.13); }, illegal + "2024-13-1"},
-        {[] { d("1582-09-30"); }, early},
-        {[] { date(LONG_MIN, 1, 1); }, early},
-        {[] { dtoda(NAN); }, early},
-        {[] { mmod("1582-10-31", -1); }, early},
-        {[] { mmod("2024-01-31", LONG_MIN); }, early},
-        {[] { ymlast(date()); }, early},
-        {[] { ymfirst(d("1582-10-01") - 1); }, early},
+    auto refuses = [](auto call, std::string const& why) {
+        EXPECT_REFUSAL(call(), "DATE", "long legald(sdate)", why);
     };
-    for (auto const& [call, message] : cases)
-        EXPECT_REFUSAL(call(), "DATE", "long legald(sdate)", message);
+    refuses([] { d("2023-02-29"); }, "nieprawidlowa data: 2023-2-29");
+    refuses([] { date(2024, 13, 1); }, "nieprawidlowa data: 2024-13-1");
+    refuses([] { date(LONG_MAX, 1, 1); },
+            "nieprawidlowa data: " + std::to_string(LONG_MAX) + "-1-1");
+    refuses([] { ymod("2024-02-29", 1); }, "nieprawidlowa data: 2025-2-29");
+    refuses([] { dtoda(2024.13); }, "nieprawidlowa data: 2024-13-1");
+    void (*const early[])() = {[] { d("1582-09-30"); },
+                               [] { date(LONG_MIN, 1, 1); },
+                               [] { dtoda(NAN); },
+                               [] { mmod("1582-10-31", -1); },
+                               [] { mmod("2024-01-31", LONG_MIN); },
+                               [] { ymlast(date()); },
+                               [] { ymfirst(d("1582-10-01") - 1); }};
+    for (auto call : early) refuses(call, "data wczesniejsza niz poczatek kalendarza");
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <new>
 #include <set>
 #include <thread>
@@ -273,33 +274,31 @@ TEST(TextDeathTest, RefusesAFileThatCannotBeRead)
                               "Nieudane otwarcie pliku:", name);
 }
 
+// Made here, dropped there, of every size around the edges of the pools; each text must keep its
+// own bytes.
 TEST(Text, BuffersWanderBetweenThreads)
 {
-    // Made here, dropped there, of every size around the edges of the pools; each text must keep
-    // its own bytes.
     auto const content = [](int i) {
         return std::string(std::size_t(i % 140), char('a' + i % 26));
     };
+    auto const in_threads = [](std::vector<std::vector<Text>>& made, auto work) {
+        std::vector<std::thread> team;
+        for (std::vector<Text>& mine : made) team.emplace_back(work, std::ref(mine));
+        for (std::thread& worker : team) worker.join();
+    };
     for (int round = 0; round < 4; ++round) {
         std::vector<std::vector<Text>> made(4);
-        std::vector<std::thread> team;
-        for (std::vector<Text>& mine : made)
-            team.emplace_back([&mine, &content] {
-                for (int i = 0; i < 20000; ++i) mine.emplace_back(content(i));
-            });
-        for (std::thread& worker : team) worker.join();
-        team.clear();
-        for (std::size_t k = 0; k < made.size(); ++k)
-            team.emplace_back([&made, &content, k] {
-                for (int i = 0; i < 20000; ++i) {
-                    std::string const expected = content(i);
-                    Text& x = made[k][std::size_t(i)];
-                    ASSERT_EQ(std::string(x.str, std::size_t(x.len)), expected);
-                    x = i % 3 ? Text() : Text(content(i + 70));
-                }
-                made[k].clear();
-            });
-        for (std::thread& worker : team) worker.join();
+        in_threads(made, [&](std::vector<Text>& mine) {
+            for (int i = 0; i < 20000; ++i) mine.emplace_back(content(i));
+        });
+        in_threads(made, [&](std::vector<Text>& mine) {
+            for (int i = 0; i < 20000; ++i) {
+                Text& x = mine[std::size_t(i)];
+                ASSERT_EQ(bytes(x), content(i) + '\0');
+                x = i % 3 ? Text() : Text(content(i + 70));
+            }
+            mine.clear();
+        });
     }
 }
 
