@@ -1,4 +1,5 @@
 #include <tests/support/bits.h>
+#include <tests/support/output.h>
 #include <tests/support/refusal.h>
 
 #include <varnow/accumulators/quantiles.h>
@@ -15,15 +16,9 @@ namespace {
 
 using namespace varnow;
 using test::same_bits;
+using test::warned;
 
 double const inf = INFINITY, nan = NAN;
-
-template <class F> std::string printed(F f)
-{
-    testing::internal::CaptureStderr();
-    f();
-    return testing::internal::GetCapturedStderr();
-}
 
 quantiles filled(double p, std::initializer_list<double> values)
 {
@@ -198,18 +193,18 @@ TEST(Quantiles, WarnsOfWhatItDoesNotHold)
     low.below = high.above = 98;
     low.n = high.n = 100;
     std::vector<double> r;
-    std::string text = printed([&] { r = {cut.cdf(2), cut.cdf(4), high.cdf(0), low.cdf(6)}; });
+    std::string text = warned([&] { r = {cut.cdf(2), cut.cdf(4), high.cdf(0), low.cdf(6)}; });
     EXPECT_EQ(text, warning("cdf(double)", 1) + warning("cdf(double)", 2));
     EXPECT_EQ(r, (std::vector<double>{0, 1, 0, 1}));
     cut.n = 9;
-    text = printed([&] {
+    text = warned([&] {
         r = {cut.result(), low.result(), high.result(), quantiles(0.5).result(), odd.result()};
     });
     EXPECT_EQ(text, warning("result()", 2) + warning("result()", 1) + warning("result()", 2) +
                         warning("result()", 1) + warning("result()", 1));
     EXPECT_EQ(r, (std::vector<double>{3, 4, 2, 1, 3}));
     cut.n = INT_MAX - 1;
-    EXPECT_EQ(printed([&] { cut.add(1), cut.add(1); }),
+    EXPECT_EQ(warned([&] { cut.add(1), cut.add(1); }),
               "\nQUANTILES: void add(double)\nNo further values are counted!\n\n");
     EXPECT_EQ(cut.n, INT_MAX);
 }
@@ -243,7 +238,7 @@ TEST(Quantiles2, LeavesOutPartsThatMissTheQuantile)
     low.n = high.n = 100;
     for (quantiles const& part : {filled(0.5, {1, 2, 3, 4}), low, high, quantiles(0.5)}) q += part;
     double a, b, x = 0;
-    EXPECT_EQ(printed([&] { x = q.result(); }),
+    EXPECT_EQ(warned([&] { x = q.result(); }),
               "\nQUANTILES2: double result()\nNumber of simulations was reduced!\n"
               "all=204, used=4\n");
     EXPECT_NEAR(x, 2, 1e-8);
@@ -256,7 +251,7 @@ TEST(Quantiles2, LeavesOutPartsThatMissTheQuantile)
     for (quantiles const& part : {filled(0.5, {3, 3, 3}), filled(0.5, {3})}) {
         quantiles2 constant(1);
         constant += part;
-        EXPECT_THAT(printed([&] { x = constant.result(); }),
+        EXPECT_THAT(warned([&] { x = constant.result(); }),
                     testing::StartsWith("\nQUANTILES2: double result()\nResult inaccurate!\n"
                                         "p=0.500000000000, cdf(res)="));
         EXPECT_NEAR(x, 3, 1e-8);

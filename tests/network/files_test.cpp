@@ -1,6 +1,7 @@
 #include "tests/network/nets.h"
 #include "tests/support/folder.h"
 #include "tests/support/refusal.h"
+#include "tests/support/words.h"
 
 #include <cmath>
 
@@ -46,39 +47,27 @@ TEST(NeuralNetFilesDeathTest, AreRefusedByName)
     EXPECT_REFUSAL_DETAIL(net.save(here.path("none/x")), "NEURAL_NET", "save(Text)",
                           "nieudane otwarcie pliku do zapisu",
                           "plik: " + here.path("none/x_layers.nn"));
-    struct
-    {
-        char const *ending, *content;
-    } const rows[] = {
-        {"_layers.nn", "2 2\n"},
-        {"_layers.nn", "-2 2 1\n"},
-        {"_layers.nn", "2 2 2\n"},
-        {"_layers.nn", "99999999999 1 1\n"},
-        {"_layers.nn", "50000 50000 1\n"},
-        {"_layers.nn", "2 2 1 7\n"},
-        {"_activ.nn", "2 4\n"},
-        {"_activ.nn", "x\n"},
-        {"_w1.nn", "2 3 0\n"},
-        {"_w1.nn", "2 2 -1\n"},
-        {"_w1.nn", "2 2 2\n2 1 5\n1 1 5\n"},
-        {"_w1.nn", "2 2 1\n1 1 5\n2 1 5\n"},
-        {"_b1.nn", ""},
-        {"_w2.nn", "1 2 0\n"},
-        {"_b2.nn", "1 1\n"},
+    // The parts of a net, and what is no such part.
+    std::pair<char const*, char const*> const cases[] = {
+        {"layers", "2 2|-2 2 1|2 2 2|99999999999 1 1|50000 50000 1|2 2 1 7"},
+        {"activ", "2 4|x"},
+        {"w1", "2 3 0|2 2 -1|2 2 2 2 1 5 1 1 5|2 2 1 1 1 5 2 1 5"},
+        {"b1", "|"},
+        {"w2", "1 2 0"},
+        {"b2", "1 1"},
     };
-    for (auto const& row : rows) {
-        std::string const file = std::string("n") + row.ending, good = here.text(file);
-        here.put(file, row.content);
-        EXPECT_REFUSAL_DETAIL(net.load(here.path("n")), "NEURAL_NET", "load(Text)",
-                              "nieprawidlowa zawartosc pliku", "plik: " + here.path(file))
-            << row.content;
-        here.put(file, good);
-    }
-    for (char const* ending : {"_layers.nn", "_activ.nn", "_w1.nn", "_b1.nn", "_w2.nn", "_b2.nn"}) {
-        std::string const file = std::string("n") + ending, good = here.text(file);
+    for (auto const& [part, damaged] : cases) {
+        std::string const file = std::string("n_") + part + ".nn", good = here.text(file);
+        auto refuses = [&](char const* why) {
+            EXPECT_REFUSAL_DETAIL(net.load(here.path("n")), "NEURAL_NET", "load(Text)", why,
+                                  "plik: " + here.path(file));
+        };
+        for (std::string const& content : test::split(damaged, '|')) {
+            SCOPED_TRACE(here.put(file, content) + ": " + content);
+            refuses("nieprawidlowa zawartosc pliku");
+        }
         std::filesystem::remove(here.path(file));
-        EXPECT_REFUSAL_DETAIL(net.load(here.path("n")), "NEURAL_NET", "load(Text)",
-                              "nieudane otwarcie pliku do odczytu", "plik: " + here.path(file));
+        refuses("nieudane otwarcie pliku do odczytu");
         here.put(file, good);
     }
 }

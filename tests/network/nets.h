@@ -1,13 +1,14 @@
 // Networks for tests.
 #pragma once
 
+#include "tests/support/output.h"
+
 #include <varnow/containers/matrix_special.h>
 #include <varnow/network/neural_net.h>
 #include <varnow/sparse/generator.h>
 
 #include <gtest/gtest.h>
 
-#include <iostream>
 #include <random>
 #include <string>
 
@@ -51,15 +52,6 @@ inline neural_net constant_net(matrix const& targets, double b)
     net.init_vars();
     net.set_patterns(ones(targets.rows, 1), targets, 0);
     return net;
-}
-
-/// What f prints to standard output.
-template <class F> std::string printed(F f)
-{
-    testing::internal::CaptureStdout();
-    f();
-    std::cout.flush();
-    return testing::internal::GetCapturedStdout();
 }
 
 } // namespace varnow::test

@@ -1,7 +1,8 @@
 #include "tests/network/nets.h"
 #include "tests/sparse/show.h"
 #include "tests/support/bits.h"
-#include "tests/support/refusal.h"
+#include "tests/support/refusals.h"
+#include "tests/support/words.h"
 
 #include <varnow/containers/compare.h>
 #include <varnow/models/discrimination.h>
@@ -14,6 +15,7 @@ namespace {
 
 using test::printed;
 using test::show;
+using test::split;
 
 TEST(Activation, KnowsThreeFunctionsTheirSlopesAndNames)
 {
@@ -47,46 +49,29 @@ TEST(NeuralNet, DrawsWeightsInOrder)
     std::vector<double> const u = draws(20);
     struct
     {
-        char const* name;
         void (*init)(neural_net&);
-        // positions of w1, b1, w2, b2, and the number of the draw at each stored one
-        std::vector<int> w1, b1, w2, b2;
+        // the numbers of the draws at the stored positions of w1, b1, w2, b2
+        char const* drawn;
     } const rows[] = {
-        {"init",
-         [](neural_net& n) { n.init(2.0); },
-         {0, 1, 2, 3, 4, 5},
-         {6, 7, 8},
-         {9, 10, 11},
-         {12}},
-        {"init_simply", [](neural_net& n) { n.init_simply(2.0); }, {1, 3}, {0, 2}, {5, 6}, {4}},
-        {"init_single_input",
-         [](neural_net& n) { n.init_single_input(2, 2, 2, 2.0); },
-         {0, 1},
-         {3, 5},
-         {4, 6},
-         {2}},
+        {[](neural_net& n) { n.init(2.0); }, "0 1 2 3 4 5|6 7 8|9 10 11|12"},
+        {[](neural_net& n) { n.init_simply(2.0); }, "1 3|0 2|5 6|4"},
+        {[](neural_net& n) { n.init_single_input(2, 2, 2, 2.0); }, "0 1|3 5|4 6|2"},
     };
     for (auto const& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.drawn);
         neural_net net(2, 3, 2, 3);
         detail::sparse_state = 12345;
         row.init(net);
-        struct
-        {
-            sparse const &weights, &work;
-            std::vector<int> const& drawn;
-        } const parts[] = {{net.w1, net.gw1, row.w1},
-                           {net.b1, net.db1, row.b1},
-                           {net.w2, net.sw2, row.w2},
-                           {net.b2, net.tb2, row.b2}};
-        for (auto const& part : parts) {
-            ASSERT_EQ(part.weights.nnz, static_cast<int>(part.drawn.size()));
-            for (int k = 0; k < part.weights.nnz; ++k) {
-                EXPECT_EQ(part.weights.values[k],
-                          2.0 *
-                              u[static_cast<std::size_t>(part.drawn[static_cast<std::size_t>(k)])]);
-                EXPECT_EQ(part.work.colidx[k], part.weights.colidx[k]);
-                EXPECT_EQ(part.work.values[k], 0.0);
+        std::pair<sparse*, sparse*> const parts[] = {
+            {&net.w1, &net.gw1}, {&net.b1, &net.db1}, {&net.w2, &net.sw2}, {&net.b2, &net.tb2}};
+        for (std::size_t p = 0; p < 4; ++p) {
+            auto const& [weights, work] = parts[p];
+            std::vector<std::string> const drawn = split(split(row.drawn, '|')[p], ' ');
+            ASSERT_EQ(weights->nnz, static_cast<int>(drawn.size()));
+            for (int k = 1; k <= weights->nnz; ++k) {
+                EXPECT_EQ((*weights)[k], 2.0 * u[std::stoul(drawn[k - 1u])]);
+                EXPECT_EQ(work->colidx[k - 1], weights->colidx[k - 1]);
+                EXPECT_EQ((*work)[k], 0.0);
             }
         }
         EXPECT_EQ(net.unit_mat.rows, net.w1.nnz + net.b1.nnz + net.w2.nnz + 1);
@@ -257,62 +242,49 @@ TEST(NeuralNet, BeginsNearTheCurveOfOneInput)
 
 TEST(NeuralNetDeathTest, Refuses)
 {
-    neural_net const bare(2, 2, 2, 3);
-    neural_net net = bare;
+    neural_net bare(2, 2, 2, 3), net = bare;
     net.init(1.0);
     net.set_patterns("1 2; 3 4", "1; 0", 0);
     net.set_patterns("1 2 3", "1", 1);
-    struct
-    {
-        void (*call)(neural_net, neural_net);
-        char const *routine, *message;
-    } const rows[] = {
-        {[](neural_net, neural_net) { activation(1.0, 0); }, "double activation(double,int)",
-         "undefined activation function"},
-        {[](neural_net, neural_net) { activation(1.0, 4); }, "double activation(double,int)",
-         "unknow activation function"},
-        {[](neural_net, neural_net) { d_activation(1.0, 0); }, "double activation(double,int)",
-         "undefined activation function"},
-        {[](neural_net, neural_net) { d_activation(1.0, -1); }, "double d_activation(double,int)",
-         "unknow activation function"},
-        {[](neural_net, neural_net) { act_name(4); }, "Text act_name(int)",
-         "unknow activation function"},
-        {[](neural_net n, neural_net) { n.resizec(2, 1); }, "resizec(int,int)", "incorrect size"},
-        {[](neural_net n, neural_net) { n.init_single_input(1, 2, 2, 1.0); },
-         "init_single_input(int,int,int,double)", "indeks poza zakresem"},
-        {[](neural_net n, neural_net) { n.init_confun(3, 1); }, "init_confun(int,int)",
-         "indeks poza zakresem"},
-        {[](neural_net n, neural_net) { n.set_patterns("1 2", "1; 2", 0); },
-         "set_patterns(matrix,matrix,int)", "niezgodne wymiary macierzy"},
-        {[](neural_net n, neural_net) { n.set_patterns("1 2", "1", 3); },
-         "set_patterns(matrix,matrix,int)", "numer zbioru poza zakresem"},
-        {[](neural_net n, neural_net) { n.AR(-1); }, "double AR(int)",
-         "numer zbioru poza zakresem"},
-        {[](neural_net n, neural_net) { n.error(1); }, "double error(int)",
-         "niezgodne wymiary macierzy wzorcow"},
-        {[](neural_net, neural_net b) { b.value(sparse("1 2")); }, "double value(sparse)",
-         "niezgodne wymiary macierzy wag"},
-        {[](neural_net, neural_net b) { b.learn(1, 1, 1, 0.0, 1, 0, 1, 0); },
-         "int learn(int,int,int,double,int,int,int,int)", "niezgodne wymiary macierzy wag"},
-        {[](neural_net n, neural_net) { n.set_activ_fun(0, 3), n.values(0); },
-         "double activation(double,int)", "undefined activation function"},
-        {[](neural_net n, neural_net) { n.gw1.nnz = 3, n.backprop(1, 1, 1, 0); },
-         "int backprop(int,int,int,int)", "niezgodna dlugosc wypelnienia"},
-        {[](neural_net n, neural_net) { n.rep.resize(1, 1), n.error_tau(0.0, 0); },
-         "double error_tau(double,int)", "niezgodna liczba wag wzorcow"},
-        {[](neural_net n, neural_net) { n.random_rep(-1.0); }, "random_rep(double)",
-         "niewlasciwa wielkosc proby"},
-        {[](neural_net n, neural_net) {
+    char const* const unknown = "unknow activation function";
+    char const* const undefined = "undefined activation function";
+    char const* const shape = "niezgodne wymiary macierzy";
+    char const* const weights = "niezgodne wymiary macierzy wag";
+    char const* const set = "numer zbioru poza zakresem";
+    char const* const range = "indeks poza zakresem";
+    test::refusal const cases[] = {
+        {[] { activation(1.0, 0); }, "double activation(double,int)", undefined},
+        {[] { activation(1.0, 4); }, "double activation(double,int)", unknown},
+        {[] { d_activation(1.0, 0); }, "double activation(double,int)", undefined},
+        {[] { d_activation(1.0, -1); }, "double d_activation(double,int)", unknown},
+        {[] { act_name(4); }, "Text act_name(int)", unknown},
+        {[&] { net.resizec(2, 1); }, "resizec(int,int)", "incorrect size"},
+        {[&] { net.init_single_input(1, 2, 2, 1.0); }, "init_single_input(int,int,int,double)",
+         range},
+        {[&] { net.init_confun(3, 1); }, "init_confun(int,int)", range},
+        {[&] { net.set_patterns("1 2", "1; 2", 0); }, "set_patterns(matrix,matrix,int)", shape},
+        {[&] { net.set_patterns("1 2", "1", 3); }, "set_patterns(matrix,matrix,int)", set},
+        {[&] { net.AR(-1); }, "double AR(int)", set},
+        {[&] { net.error(1); }, "double error(int)", "niezgodne wymiary macierzy wzorcow"},
+        {[&] { bare.value(sparse("1 2")); }, "double value(sparse)", weights},
+        {[&] { bare.learn(1, 1, 1, 0.0, 1, 0, 1, 0); },
+         "int learn(int,int,int,double,int,int,int,int)", weights},
+        {[&] { net.set_activ_fun(0, 3), net.values(0); }, "double activation(double,int)",
+         undefined},
+        {[&] { net.gw1.nnz = 3, net.backprop(1, 1, 1, 0); }, "int backprop(int,int,int,int)",
+         "niezgodna dlugosc wypelnienia"},
+        {[&] { net.rep.resize(1, 1), net.error_tau(0.0, 0); }, "double error_tau(double,int)",
+         "niezgodna liczba wag wzorcow"},
+        {[&] { net.random_rep(-1.0); }, "random_rep(double)", "niewlasciwa wielkosc proby"},
+        {[&] {
              matrix column(8, 1);
-             n.weight2param(n.w1, n.b1, n.w2, n.b2, column);
+             net.weight2param(net.w1, net.b1, net.w2, net.b2, column);
          },
-         "weight2param(sparse,sparse,sparse,sparse,matrix)", "niezgodne wymiary macierzy"},
+         "weight2param(sparse,sparse,sparse,sparse,matrix)", shape},
     };
-    for (auto const& row : rows)
-        EXPECT_REFUSAL(row.call(net, bare), "NEURAL_NET", row.routine, row.message);
+    test::expect_refusals("NEURAL_NET", cases);
     EXPECT_REFUSAL_DETAIL(neural_net(3, 2, 2, 3).init_simply(1.0), "SPARSE",
-                          "double & operator ()(int,int)", "indeks poza zakresem",
-                          "1 x 2 : ( 1 , 3 )");
+                          "double & operator ()(int,int)", range, "1 x 2 : ( 1 , 3 )");
 }
 
 } // namespace

@@ -204,28 +204,29 @@ TEST(SparseAlgebraDeathTest, RefusesWhatDoesNotFit)
     sparse s = a;
     char const* const shape = "niezgodne wymiary macierzy";
     char const* const length = "niezgodna dlugosc wypelnienia";
-    expect_refusals({
-        {[&] { spplus(a, turned); }, "sparse spplus(sparse,sparse)", shape, ""},
-        {[&] { spplus(a, thin); }, "sparse spplus(sparse,sparse)", length, ""},
-        {[&] { spminus(a, turned); }, "sparse spminus(sparse,sparse)", shape, ""},
-        {[&] { spminus(a, thin, 2); }, "sparse spminus(sparse,sparse)", length, ""},
-        {[&] { spmul(a, thin); }, "sparse spmul(sparse,sparse)", length, ""},
-        {[&] { spdiv(a, turned); }, "sparse spdiv(sparse,sparse)", shape, ""},
-        {[&] { s.addassign(turned); }, "void addassign(sparse)", shape, ""},
-        {[&] { s.subassign(thin, 2); }, "void addassign(sparse)", length, ""},
-        {[&] { a + turned; }, "sparse operator +(sparse,sparse)", shape, ""},
-        {[&] { a - turned; }, "sparse operator -(sparse,sparse)", shape, ""},
-        {[&] { a* turned; }, "sparse operator *(sparse,sparse)", shape, ""},
-        {[&] { a / turned; }, "sparse operator /(sparse,sparse)", shape, ""},
-        {[&] { a / thin; }, "sparse operator /(sparse,sparse)", "dzielenie przez zero", ""},
-        {[&] { mul(a, a); }, "sparse mul(sparse,sparse)", shape, ""},
-        {[&] { s.shiftrows(1); }, "void shiftrows(int)", "przesuniecie poza zakres", ""},
-        {[&] { s.shiftcols(-1); }, "void shiftcols(int)", "przesuniecie poza zakres", ""},
+    refusal const cases[] = {
+        {[&] { spplus(a, turned); }, "sparse spplus(sparse,sparse)", shape},
+        {[&] { spplus(a, thin); }, "sparse spplus(sparse,sparse)", length},
+        {[&] { spminus(a, turned); }, "sparse spminus(sparse,sparse)", shape},
+        {[&] { spminus(a, thin, 2); }, "sparse spminus(sparse,sparse)", length},
+        {[&] { spmul(a, thin); }, "sparse spmul(sparse,sparse)", length},
+        {[&] { spdiv(a, turned); }, "sparse spdiv(sparse,sparse)", shape},
+        {[&] { s.addassign(turned); }, "void addassign(sparse)", shape},
+        {[&] { s.subassign(thin, 2); }, "void addassign(sparse)", length},
+        {[&] { a + turned; }, "sparse operator +(sparse,sparse)", shape},
+        {[&] { a - turned; }, "sparse operator -(sparse,sparse)", shape},
+        {[&] { a* turned; }, "sparse operator *(sparse,sparse)", shape},
+        {[&] { a / turned; }, "sparse operator /(sparse,sparse)", shape},
+        {[&] { a / thin; }, "sparse operator /(sparse,sparse)", "dzielenie przez zero"},
+        {[&] { mul(a, a); }, "sparse mul(sparse,sparse)", shape},
+        {[&] { s.shiftrows(1); }, "void shiftrows(int)", "przesuniecie poza zakres"},
+        {[&] { s.shiftcols(-1); }, "void shiftcols(int)", "przesuniecie poza zakres"},
         {[&] { s.shiftcols(std::numeric_limits<int>::max()); }, "void shiftcols(int)",
-         "przesuniecie poza zakres", ""},
-        {[&] { row(a, 0); }, "sparse row(sparse,int)", "numer wiersza poza zakresem", ""},
-        {[&] { row(a, 3); }, "sparse row(sparse,int)", "numer wiersza poza zakresem", ""},
-    });
+         "przesuniecie poza zakres"},
+        {[&] { row(a, 0); }, "sparse row(sparse,int)", "numer wiersza poza zakresem"},
+        {[&] { row(a, 3); }, "sparse row(sparse,int)", "numer wiersza poza zakresem"},
+    };
+    expect_refusals("SPARSE", cases);
 }
 
 } // namespace

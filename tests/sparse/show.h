@@ -2,10 +2,10 @@
 #pragma once
 
 #include "tests/support/containers.h"
+#include "tests/support/refusals.h"
 
 #include <varnow/sparse/sparse.h>
 
-#include <functional>
 #include <initializer_list>
 #include <random>
 #include <string>
@@ -57,22 +57,6 @@ struct shown
     char const* first;
     char const* second;
 };
-
-struct refused
-{
-    std::function<void()> call;
-    char const* routine;
-    char const* message;
-    std::string detail;
-};
-
-inline void expect_refusals(std::initializer_list<refused> cases)
-{
-    for (refused const& c : cases) {
-        SCOPED_TRACE(c.routine);
-        EXPECT_REFUSAL_DETAIL(c.call(), "SPARSE", c.routine, c.message, c.detail);
-    }
-}
 
 // About one position in `every` stored, with values of both signs.
 inline sparse scattered(int rows, int cols, int every, unsigned seed)

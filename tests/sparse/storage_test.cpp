@@ -183,7 +183,7 @@ TEST(SparseDeathTest, RefusesWhatLiesOutside)
     char const* const range = "indeks poza zakresem";
     char const* const reference = "niezgodne wymiary macierzy referencyjnej";
     char const* const size = "niewlasciwy rozmiar macierzy";
-    expect_refusals({
+    refusal const cases[] = {
         {[&] { s.iselem(0, 1); }, "int iselem(int,int)", range, "2 x 3 : ( 0 , 1 )"},
         {[&] { s.iszero(1, 4); }, "int iszero(int,int)", range, "2 x 3 : ( 1 , 4 )"},
         {[&] { s.get(3, 3); }, "double get(int,int)", range, "2 x 3 : ( 3 , 3 )"},
@@ -193,16 +193,17 @@ TEST(SparseDeathTest, RefusesWhatLiesOutside)
          " ( 2 , 1 )"},
         {[&] { s[0] = 1; }, "double & operator [](int)", range, "6 : [ 0 ]"},
         {[&] { std::as_const(s)[7]; }, "double & operator [](int)", range, "6 : [ 7 ]"},
-        {[&] { shape.cpyindex(s); }, "void cpyindex(sparse)", reference, ""},
-        {[&] { shape.synch(s); }, "void synch(sparse)", reference, ""},
+        {[&] { shape.cpyindex(s); }, "void cpyindex(sparse)", reference},
+        {[&] { shape.synch(s); }, "void synch(sparse)", reference},
         {[&] { matrix(spempty(0, 2)); }, "operator matrix()",
-         "konwersja niemozliwa, zerowy rozmiar obiektu", ""},
+         "konwersja niemozliwa, zerowy rozmiar obiektu"},
         {[&] { static_cast<void>(double(s)); }, "operator double()",
-         "konwersja niemozliwa, niewlasciwy rozmiar macierzy", ""},
+         "konwersja niemozliwa, niewlasciwy rozmiar macierzy"},
         {[&] { sparse(2, -1); }, "sparse(int,int)", size, "2 x -1"},
         {[&] { s.resize(65536, 65536); }, "void resize(int,int)", size, "65536 x 65536"},
         {[&] { s.resizec(-2, -3); }, "void resizec(int,int)", size, "-2 x -3"},
-    });
+    };
+    expect_refusals("SPARSE", cases);
 }
 
 } // namespace

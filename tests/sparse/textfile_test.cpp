@@ -1,5 +1,7 @@
 #include "tests/sparse/show.h"
 #include "tests/support/folder.h"
+#include "tests/support/output.h"
+#include "tests/support/words.h"
 
 #include <cmath>
 
@@ -69,8 +71,8 @@ TEST(SparseFileDeathTest, TakesUnsortedAndRepeatedEntriesAsTheyCome)
     }
     // Repeated positions leave no room for others.
     s.readtxt(f.put("m", "1 2 2\n1 1 5\n1 1 5\n").c_str());
-    expect_refusals({{[&] { s(1, 2) = 1; }, "double & operator ()(int,int)", "powtorzone pozycje",
-                      " ( 1 , 2 )"}});
+    EXPECT_REFUSAL_DETAIL(s(1, 2) = 1, "SPARSE", "double & operator ()(int,int)",
+                          "powtorzone pozycje", " ( 1 , 2 )");
 }
 
 TEST(SparseFileDeathTest, RefusesWhatIsNoMatrix)
@@ -82,18 +84,17 @@ TEST(SparseFileDeathTest, RefusesWhatIsNoMatrix)
         "99999999999 1 0|2 2 1|2 2 2 1 1 1|2 2 1 1 1|2 2 1 0 1 5|2 2 1 1 3 5|"
         "2 2 1 3 1 5|2 2 1 1 -1 5|2 2 1 1 1 x|2 2 1 1 1 5x|2 2 1 1.5 1 5|"
         "2 2 2 1 1 5 1 x 5|+-2 2 0|";
-    for (std::size_t at = 0, end; (end = bad.find('|', at)) != bad.npos; at = end + 1) {
-        std::string const text = bad.substr(at, end - at);
+    for (std::string const& text : split(bad, '|')) {
         SCOPED_TRACE(text);
         std::string const name = f.put("m", text);
-        expect_refusals({{[&] { s.readtxt(name.c_str(), 0); }, "int readtxt(char *)",
-                          "nieprawidlowa zawartosc pliku", "plik: " + name}});
+        EXPECT_REFUSAL_DETAIL(s.readtxt(name.c_str(), 0), "SPARSE", "int readtxt(char *)",
+                              "nieprawidlowa zawartosc pliku", "plik: " + name);
     }
     std::string const none = f.path("none/m");
-    expect_refusals({{[&] { s.readtxt(none.c_str()); }, "int readtxt(char *)",
-                      "nieudane otwarcie pliku do odczytu", "plik: " + none},
-                     {[&] { s.writetxt(none.c_str()); }, "int writetxt(char *)",
-                      "nieudane otwarcie pliku do zapisu", "plik: " + none}});
+    EXPECT_REFUSAL_DETAIL(s.readtxt(none.c_str()), "SPARSE", "int readtxt(char *)",
+                          "nieudane otwarcie pliku do odczytu", "plik: " + none);
+    EXPECT_REFUSAL_DETAIL(s.writetxt(none.c_str()), "SPARSE", "int writetxt(char *)",
+                          "nieudane otwarcie pliku do zapisu", "plik: " + none);
 }
 
 TEST(SparseConsole, PrintsWholeNumbersOthersAndTheIndex)
@@ -111,20 +112,13 @@ TEST(SparseConsole, PrintsWholeNumbersOthersAndTheIndex)
         {sparse(), "\nm:\n", "\nlist(m):\n"},
     };
     for (auto const& c : cases) {
-        testing::internal::CaptureStdout();
-        c.s.display("m");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.first);
-        testing::internal::CaptureStdout();
-        c.s.list("m");
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.second);
+        EXPECT_EQ(printed([&] { c.s.display("m"); }), c.first);
+        EXPECT_EQ(printed([&] { c.s.list("m"); }), c.second);
     }
     sparse s = listed(3, 2, {{1, 1, 1}, {3, 2, 1}});
-    testing::internal::CaptureStdout();
-    s.index("a");
+    EXPECT_EQ(printed([&] { s.index("a"); }), "\nindex(a):\n-\n");
     s.mkindex();
-    s.index("b");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "\nindex(a):\n-\n\nindex(b):\n1: 0 1\n2: -1 -1\n3: 1 2\n");
+    EXPECT_EQ(printed([&] { s.index("b"); }), "\nindex(b):\n1: 0 1\n2: -1 -1\n3: 1 2\n");
 }
 
 } // namespace

@@ -9,8 +9,8 @@
 // The call prints exactly this refusal and ends the process with status 0.
 #define EXPECT_REFUSAL_DETAIL(call, cls, routine, message, detail)                                 \
     EXPECT_EXIT(call, testing::ExitedWithCode(0),                                                  \
-                testing::Eq(std::string("\n") + (cls) + ": " + (routine) + "\n" +          \
-                                    (message) + "\n" + (detail) + "\n"))
+                testing::Eq(std::string("\n") + (cls) + ": " + (routine) + "\n" + (message) +      \
+                            "\n" + (detail) + "\n"))
 
 // The same with an empty detail.
 #define EXPECT_REFUSAL(call, cls, routine, message)                                                \
