@@ -87,7 +87,6 @@ TEST(Ordering, LargeNumbersFollowTheQuicksort)
     // Beyond the size where short sorts take over. The close ones differ in their last bits only,
     // and the far one beside them hides these from a look at the leading bits.
     double (*const makers[])(int) = {
-        [](int i) { return std::sin(i); },
         [](int i) { return i * 0.5; },
         [](int i) { return 1e6 - i; },
         [](int i) { return std::floor(i / 3.0); },
@@ -184,15 +183,14 @@ TEST(Ordering, MovesNamesOnlyWhenAsked)
 
 TEST(Ordering, VectorsWithoutCellsStayAsTheyAre)
 {
-    for (auto const& [rows, cols] : {std::pair<int, int>{0, 0}, {0, 1}, {1, 0}}) {
-        matrix m(rows, cols);
+    for (matrix m : {matrix(), matrix(0, 1), matrix(1, 0)}) {
         EXPECT_EQ(sort(m, Ascending, 1).n, 0);
-        EXPECT_EQ(order(table(rows, cols)).n, 0);
+        EXPECT_EQ(order(table(m)).n, 0);
+        sort(m, m, Descending, 1);
     }
-    matrix none, headed(0, 2);
-    sort(none, none, Descending, 1);
+    matrix headed(0, 2);
     headed.sort(2);
-    EXPECT_EQ(show(none) + show(headed), "0x00x2 . .");
+    EXPECT_EQ(show(headed), "0x2 . .");
 }
 
 TEST(Ordering, AContainerIsReorderedByOneOfItsLines)

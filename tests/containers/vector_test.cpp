@@ -34,14 +34,13 @@ TEST(Vector, SumsAndFindsAndNegates)
 {
     EXPECT_EQ(sum(Vector()), 0);
     EXPECT_EQ(sum(c(4, -1, 2)), 5);
-    expect_shown<Vector>({
-        {find(c(0, 2, 0, -1)), "2 4"},
-        {find(c(1, 1, 0, 0)), "1 2"},
-        {-c(1, -2, INT_MIN), "-1 2 -2147483648"},
-        {!c(0, 5, -1), "1 0 0"},
-        {c(0, 0, 2, 4) && c(0, 1, 0, 1), "0 0 0 1"}, // 2 and 4 have no bit in common
-        {c(0, 0, 2, 4) || c(0, 1, 0, 1), "0 1 1 1"},
-    });
+    // 2 and 4 have no bit in common.
+    std::pair<Vector, char const*> const rows[] = {
+        {c(0, 0, 2, 4) && c(0, 1, 0, 1), "0 0 0 1"}, {find(c(0, 2, 0, -1)), "2 4"},
+        {c(0, 0, 2, 4) || c(0, 1, 0, 1), "0 1 1 1"}, {find(c(1, 1, 0, 0)), "1 2"},
+        {-c(1, -2, INT_MIN), "-1 2 -2147483648"},    {!c(0, 5, -1), "1 0 0"},
+    };
+    for (auto const& [x, text] : rows) EXPECT_EQ(show(x), text);
     for (Vector const& none : {find(c(0, 0)), find(Vector()), c(1, 0) && c(1, 1, 1),
                                c(1, 0) || c(1, 1, 1), nindex(c(-1), 1)})
         EXPECT_EQ(none.v, nullptr);
@@ -49,19 +48,12 @@ TEST(Vector, SumsAndFindsAndNegates)
 
 TEST(Vector, NegativePositionsGiveTheComplement)
 {
+    // Only what lies in -n to -1 counts.
     std::tuple<Vector, int, char const*> const rows[] = {
-        {c(-2), 4, "1 3 4"},
-        {c(-4), 4, "1 2 3"},
-        {c(-9), 4, "1 2 3 4"},
-        {c(2), 4, "1 2 3 4"},
-        {c(INT_MIN), 2, "1 2"},
-        {c(-1), 1, ""},
-        {c(-1, -2), 2, ""},
-        {c(-3, -1, -3), 4, "2 4"},
-        {c(-3, 2, 0, -7), 4, "1 2 4"}, // only what lies in -4 to -1 counts
-        {Vector(), 2, "1 2"},
-        {c(-1), 0, ""},
-        {c(-1), -5, ""},
+        {c(-3, 2, 0, -7), 4, "1 2 4"}, {c(-2), 4, "1 3 4"},  {c(-1), 1, ""},
+        {c(-3, -1, -3), 4, "2 4"},     {c(-4), 4, "1 2 3"},  {c(-1, -2), 2, ""},
+        {c(INT_MIN), 2, "1 2"},        {c(2), 4, "1 2 3 4"}, {c(-1), 0, ""},
+        {c(-9), 4, "1 2 3 4"},         {Vector(), 2, "1 2"}, {c(-1), -5, ""},
     };
     for (auto const& [a, n, rest] : rows) EXPECT_EQ(show(nindex(a, n)), rest) << show(a);
 }
@@ -85,16 +77,15 @@ TEST(Vector, OwnsItsElements)
 
     Vector moved = static_cast<Vector&&>(b);
     EXPECT_EQ(show(moved), "9 2 3");
-    EXPECT_EQ(b.n, 0);
-    EXPECT_EQ(b.v, nullptr);
-    for (void (*empty)(Vector&) : {+[](Vector& x) { x.free(); }, +[](Vector& x) { x.resize(0); },
-                                   +[](Vector& x) { x = Vector(); }}) {
-        Vector x = c(1, 2);
-        empty(x);
-        EXPECT_EQ(x.n, 0);
-        EXPECT_EQ(x.v, nullptr);
-        x = c(3);
-        EXPECT_EQ(show(x), "3");
+    Vector freed = c(1, 2), resized = freed, assigned = freed;
+    freed.free();
+    resized.resize(0);
+    assigned = Vector();
+    for (Vector* empty : {&b, &freed, &resized, &assigned}) {
+        EXPECT_EQ(empty->n, 0);
+        EXPECT_EQ(empty->v, nullptr);
+        *empty = c(3);
+        EXPECT_EQ(show(*empty), "3");
     }
 }
 
