@@ -70,8 +70,6 @@ TEST(MatrixArithmetic, WorksCellByCellWithTheNamesOfTheFirstMatrix)
         EXPECT_EQ(show(by_number), o.of_number);
     }
     EXPECT_EQ(show(-a), shown("-6 1", "-0.5 -8"));
-    data<double> const plain = a;
-    EXPECT_EQ(show(plain + plain), shown("12 -2", "1 16"));
 }
 
 // Shapes on both sides of the size of a piece, and large enough for released storage to serve

@@ -105,7 +105,6 @@ TEST(Sampling, WithRepeatsEachRowIsOneDrawAndWithoutRowsFollowRisingKeys)
               show(m.row(c(keys[0].second, keys[1].second, keys[2].second, keys[3].second))));
     EXPECT_TRUE(g.abreast());
 
-    EXPECT_EQ(m.sample_n(9, 0).rows, 9);
     EXPECT_EQ(m.sample_frac(0.44, 0).rows, 3); // of 3.96
     EXPECT_EQ(m.sample_frac(1, 0).rows, 9);
     EXPECT_EQ(m.sample_frac(2.5, 1).rows, 22);
