@@ -11,180 +11,128 @@ using namespace varnow::test;
 
 namespace {
 
-template <class T> class Binding : public testing::Test
-{
-};
-template <class T> class BindingDeathTest : public testing::Test
-{
-};
+template <class> using Binding = testing::Test;
+template <class> using BindingDeathTest = testing::Test;
 TYPED_TEST_SUITE(Binding, CellTypes);
 TYPED_TEST_SUITE(BindingDeathTest, CellTypes);
 
-// Cells as in grid, other names.
-template <class T> data<T> stranger(int rows, int cols)
-{
-    data<T> b = grid<T>(rows, cols);
-    for (int i = 0; i < rows; ++i) b.rnames[i] = "R" + b.rnames[i];
-    for (int j = 0; j < cols; ++j) b.cnames[j] = "C" + b.cnames[j];
-    return b;
-}
-
 } // namespace
 
-TYPED_TEST(Binding, PutsSideBySideAndOnTopOfEachOther)
+TYPED_TEST(Binding, PutsSideBySideAndOnTopOfEachOtherAndAdds)
 {
     using T = TypeParam;
-    data<T> const a = grid<T>(2, 1);
-    std::string const beside = "2x3 c1 Cc1 Cc2 | r1: 11 11 12 | r2: 21 21 22";
-    std::string const below = "3x1 c1 | r1: 11 | r2: 21 | Rr1: 11";
-    std::string const doubled = "2x2 c1 c1 | r1: 11 11 | r2: 21 21";
-    data<T> b = stranger<T>(2, 2);
+    data<T> const a = grid<T>(2, 1), last = grid<T>(1, 1, "x");
+    data<T> b = grid<T>(2, 2, "x"); // to lie in another order
     b.swap_rows(1, 2);
-    b.swap_cols(1, 2);
-    b = fliplr(flipud(b));
-    EXPECT_EQ(show(a | b), beside);
-    EXPECT_EQ(show(a & stranger<T>(1, 1)), below);
-    EXPECT_EQ(show(a | a), doubled);
-    EXPECT_EQ(show(a | data<T>(2, 0)), show(a));
-    EXPECT_EQ(show(data<T>(0, 1) & a), "2x1 . | r1: 11 | r2: 21");
-    EXPECT_EQ(show(data<T>() | grid<T>(0, 2)), "0x2 c1 c2");
-
-    data<T> r = a, &self = r; // by another name, since compilers warn of r |= r
-    r |= b;
-    EXPECT_EQ(show(r), beside);
-    r = a;
-    r &= stranger<T>(1, 1);
-    EXPECT_EQ(show(r), below);
-    r = a;
-    r |= self;
-    EXPECT_EQ(show(r), doubled);
-    r = a;
-    r = r | r;
-    EXPECT_EQ(show(r), doubled);
-    r = grid<T>(1, 2);
-    r &= self;
-    EXPECT_EQ(show(r), "2x2 c1 c2 | r1: 11 12 | r1: 11 12");
-    r.free();
-    r |= self;
-    r &= data<T>();
-    EXPECT_EQ(show(r), "0x0");
-}
-
-TYPED_TEST(Binding, AddsCellByCell)
-{
-    using T = TypeParam;
-    data<T> a = grid<T>(1, 2);
-    data<T> const b = stranger<T>(1, 2);
-    std::string const sums = "1x2 c1 c2 | r1: " + show(cell<T>(11) + cell<T>(11)) + " " +
-                             show(cell<T>(12) + cell<T>(12));
-    EXPECT_EQ(show(a + b), sums);
-    a += a;
-    EXPECT_EQ(show(a), sums);
-}
-
-TYPED_TEST(BindingDeathTest, RefusesUnequalShapes)
-{
-    using T = TypeParam;
-    data<T> a = grid<T>(2, 2);
-    data<T> const b = grid<T>(3, 2), wide = grid<T>(2, 3);
-    std::string const rows = "niezgodna liczba wierszy", cols = "niezgodna liczba kolumn";
-    EXPECT_REFUSAL_OF(T, a | b, "_data_ operator |(_data_,_data_)", rows);
-    EXPECT_REFUSAL_OF(T, a & wide, "_data_ operator &(_data_,_data_)", cols);
-    EXPECT_REFUSAL_OF(T, a |= b, "operator |=(_data_)", rows);
-    EXPECT_REFUSAL_OF(T, a &= wide, "operator &=(_data_)", cols);
-    EXPECT_REFUSAL_OF(T, a + b, "_data_ operator +(_data_,_data_)", "niezgodne wymiary obiektow");
-    EXPECT_REFUSAL_OF(T, a += wide, "operator +=(_data_)", "niezgodne wymiary obiektow");
-    EXPECT_REFUSAL_OF(T, data<T>() | a, "_data_ operator |(_data_,_data_)", rows);
-}
-
-TEST(Binding, ListsTextsInARow)
-{
-    data<Text> const a = c<Text>(Text("a"), Text(""), Text("b"));
-    EXPECT_EQ(show(a), "1x3 . . . | .: a . b");
+    b = flipud(b);
+    data<T> beside = a, below = a, twice = a, doubled = a, sum = a, none;
+    auto self = [](data<T>& x) -> data<T>& { return x; }; // compilers warn of x |= x
+    beside |= b;
+    below &= last;
+    twice |= self(twice);
+    doubled = doubled & doubled;
+    sum += self(sum);
+    none |= self(none);
+    none &= data<T>();
+    std::string const side_by_side = "2x3 c1 xc1 xc2 | r1: 11 11 12 | r2: 21 21 22";
+    std::string const on_top = "3x1 c1 | r1: 11 | r2: 21 | xr1: 11";
+    std::string const sums = "2x1 c1 | r1: " + show(cell<T>(11) + cell<T>(11)) +
+                             " | r2: " + show(cell<T>(21) + cell<T>(21));
+    expect_shown<data<T>>({
+        {a | b, side_by_side},
+        {beside, side_by_side},
+        {a & last, on_top},
+        {below, on_top},
+        {twice, "2x2 c1 c1 | r1: 11 11 | r2: 21 21"},
+        {doubled, "4x1 c1 | r1: 11 | r2: 21 | r1: 11 | r2: 21"},
+        {a + named(a, "x"), sums},
+        {sum, sums},
+        {none, "0x0"},
+        {a | data<T>(2, 0), show(a)},
+        {data<T>(0, 1) & a, "2x1 . | r1: 11 | r2: 21"},
+        {data<T>() | grid<T>(0, 2), "0x2 c1 c2"},
+    });
 }
 
 TYPED_TEST(Binding, RepeatsVectorsInTheirOrientationWithoutNames)
 {
     using T = TypeParam;
-    data<T> const row = grid<T>(1, 2), column = grid<T>(2, 1), one = grid<T>(1, 1);
-    EXPECT_EQ(show(rep(row, 2)), "1x4 . . . . | .: 11 12 11 12");
-    EXPECT_EQ(show(rep(column, 2)), "4x1 . | .: 11 | .: 21 | .: 11 | .: 21");
-    EXPECT_EQ(show(rep(one, 2)), "1x2 . . | .: 11 11");
-    EXPECT_EQ(show(rep(row, c(2, 0))), "1x2 . . | .: 11 11");
-    EXPECT_EQ(show(rep(column, c(1, 2))), "3x1 . | .: 11 | .: 21 | .: 21");
-    EXPECT_EQ(show(rep(column, c(0, 0))), "0x1 .");
-    EXPECT_EQ(show(replen(row, 3)), "1x3 . . . | .: 11 12 11");
-    EXPECT_EQ(show(replen(column, 1)), "1x1 . | .: 11");
-    EXPECT_EQ(show(replen(column, 3)), "3x1 . | .: 11 | .: 21 | .: 11");
-    EXPECT_EQ(show(repeach(row, 2)), "1x4 . . . . | .: 11 11 12 12");
-    EXPECT_EQ(show(repeach(column, 2)), "4x1 . | .: 11 | .: 11 | .: 21 | .: 21");
-    EXPECT_EQ(show(rep(data<T>(1, 0), 3)), "1x0 | .:");
-    EXPECT_EQ(show(repeach(data<T>(0, 1), 3)), "0x1 .");
-    EXPECT_EQ(show(rep(data<T>(), Vector())), "0x0");
+    data<T> const row = grid<T>(1, 2), column = grid<T>(2, 1);
+    std::pair<data<T>, matrix> const rows[] = {
+        {rep(row, 2), "11 12 11 12"},           {rep(column, 2), "11; 21; 11; 21"},
+        {rep(grid<T>(1, 1), 2), "11 11"},       {rep(row, c(2, 0)), "11 11"},
+        {rep(column, c(1, 2)), "11; 21; 21"},   {rep(column, c(0, 0)), matrix(0, 1)},
+        {rep(data<T>(1, 0), 3), matrix(1, 0)},  {rep(data<T>(), Vector()), matrix()},
+        {replen(row, 3), "11 12 11"},           {replen(column, 1), "11"},
+        {replen(column, 3), "11; 21; 11"},      {repeach(row, 2), "11 11 12 12"},
+        {repeach(column, 2), "11; 11; 21; 21"}, {repeach(data<T>(0, 1), 3), matrix(0, 1)},
+    };
+    expect_alike(rows);
     EXPECT_THROW(rep(row, INT_MAX), std::bad_array_new_length);
     EXPECT_THROW(repeach(row, INT_MAX), std::bad_array_new_length);
     EXPECT_THROW(rep(row, c(INT_MAX, INT_MAX)), std::bad_array_new_length);
 }
 
-TYPED_TEST(BindingDeathTest, RepeatingRefusesGridsThenCounts)
+TYPED_TEST(Binding, InterleavesLinesAndTakesAFunctionOfEveryPair)
 {
     using T = TypeParam;
-    data<T> const a = grid<T>(2, 2), row = grid<T>(1, 2);
+    data<T> const a = grid<T>(1, 4), b = grid<T>(1, 2, "x"), column = grid<T>(2, 1);
+    T (*first)(T, T) = [](T x, T) { return x; };
+    T (*second)(T, T) = [](T, T y) { return y; };
+    expect_shown<data<T>>({
+        {shufflecol(a, b), "1x6 c1 c2 xc1 c3 c4 xc2 | r1: 11 12 11 13 14 12"},
+        {shufflecol(a, a), "1x8 c1 c1 c2 c2 c3 c3 c4 c4 | r1: 11 11 12 12 13 13 14 14"},
+        {shufflecol(data<T>(1, 0), b), "1x2 xc1 xc2 | .: 11 12"},
+        {shufflerow(flipud(~a), ~b),
+         "6x1 r1 | c4: 14 | c3: 13 | xc1: 11 | c2: 12 | c1: 11 | xc2: 12"},
+        {outer(column, b, first), "2x2 . . | .: 11 11 | .: 21 21"},
+        {outer(b, column, second), "2x2 . . | .: 11 21 | .: 11 21"},
+        {outer(data<T>(), b, first), "0x2 . ."},
+    });
+}
+
+TYPED_TEST(BindingDeathTest, RefusesOtherShapesAndCounts)
+{
+    using T = TypeParam;
+    data<T> a = grid<T>(2, 2);
+    data<T> const tall(3, 2), wide(2, 3), row(1, 2), none;
+    T (*f)(T, T) = [](T x, T) { return x; };
+    std::string const rows = "niezgodna liczba wierszy", cols = "niezgodna liczba kolumn";
+    std::string const objects = "niezgodne wymiary obiektow";
+    std::string const bad_rows = "niewlasciwa liczba wierszy",
+                      bad_cols = "niewlasciwa liczba kolumn";
     std::string const vector = "oczekiwany wektor", few = "zbyt mala wielokrotnosc";
-    std::string const by_list = "_data_ rep(_data_,Vector)";
-    EXPECT_REFUSAL_OF(T, rep(a, 0), "_data_ rep(_data_,int)", vector);
-    EXPECT_REFUSAL_OF(T, rep(row, 0), "_data_ rep(_data_,int)", few);
+    std::string const beside = "_data_ operator |(_data_,_data_)",
+                      by_list = "_data_ rep(_data_,Vector)";
+    std::string const by_cols = "_data_ shufflecol(_data_,_data_)",
+                      by_rows = "_data_ shufflerow(_data_,_data_)";
+    std::string const of_outer = "_data_ outer(_data_,_data_,_T_ f(_T_,_T_))",
+                      by_count = "_data_ rep(_data_,int)", to_length = "_data_ replen(_data_,int)";
+    EXPECT_REFUSAL_OF(T, a | tall, beside, rows);
+    EXPECT_REFUSAL_OF(T, none | a, beside, rows);
+    EXPECT_REFUSAL_OF(T, a & wide, "_data_ operator &(_data_,_data_)", cols);
+    EXPECT_REFUSAL_OF(T, a |= tall, "operator |=(_data_)", rows);
+    EXPECT_REFUSAL_OF(T, a &= wide, "operator &=(_data_)", cols);
+    EXPECT_REFUSAL_OF(T, a + tall, "_data_ operator +(_data_,_data_)", objects);
+    EXPECT_REFUSAL_OF(T, a += wide, "operator +=(_data_)", objects);
+    EXPECT_REFUSAL_OF(T, rep(a, 0), by_count, vector);
+    EXPECT_REFUSAL_OF(T, rep(row, 0), by_count, few);
     EXPECT_REFUSAL_OF(T, rep(a, c(1)), by_list, "oczekiwany wektor do replikacji");
     EXPECT_REFUSAL_OF(T, rep(row, c(-1)), by_list, "nieprawidlowa dlugosc wektora wielokrotnosci");
     EXPECT_REFUSAL_OF(T, rep(row, c(1, -1)), by_list, few);
-    EXPECT_REFUSAL_OF(T, replen(a, 0), "_data_ replen(_data_,int)", vector);
-    EXPECT_REFUSAL_OF(T, replen(row, 0), "_data_ replen(_data_,int)", "zbyt mala dlugosc");
-    EXPECT_REFUSAL_OF(T, replen(data<T>(1, 0), 3), "_data_ replen(_data_,int)", vector);
+    EXPECT_REFUSAL_OF(T, replen(a, 0), to_length, vector);
+    EXPECT_REFUSAL_OF(T, replen(row, 0), to_length, "zbyt mala dlugosc");
+    EXPECT_REFUSAL_OF(T, replen(data<T>(1, 0), 3), to_length, vector);
     EXPECT_REFUSAL_OF(T, repeach(a, 0), "_data_ repeach(_data_,int)", vector);
     EXPECT_REFUSAL_OF(T, repeach(row, -1), "_data_ repeach(_data_,int)", few);
-}
-
-TYPED_TEST(Binding, AFunctionOfEveryPairOfTwoVectors)
-{
-    using T = TypeParam;
-    T (*first)(T, T) = [](T x, T) { return x; };
-    T (*second)(T, T) = [](T, T y) { return y; };
-    data<T> const row = grid<T>(1, 3), column = grid<T>(2, 1);
-    EXPECT_EQ(show(outer(column, row, first)), "2x3 . . . | .: 11 11 11 | .: 21 21 21");
-    EXPECT_EQ(show(outer(row, column, second)), "3x2 . . | .: 11 21 | .: 11 21 | .: 11 21");
-    EXPECT_EQ(show(outer(data<T>(), row, first)), "0x3 . . .");
-}
-
-TYPED_TEST(Binding, InterleavesLinesInEvenGroups)
-{
-    using T = TypeParam;
-    data<T> const a = grid<T>(1, 4), b = stranger<T>(1, 2);
-    EXPECT_EQ(show(shufflecol(a, b)), "1x6 c1 c2 Cc1 c3 c4 Cc2 | r1: 11 12 11 13 14 12");
-    EXPECT_EQ(show(shufflecol(a, a)), "1x8 c1 c1 c2 c2 c3 c3 c4 c4 | r1: 11 11 12 12 13 13 14 14");
-    EXPECT_EQ(show(~shufflerow(~a, ~b)), show(shufflecol(a, b)));
-    EXPECT_EQ(show(shufflecol(data<T>(1, 0), b)), "1x2 Cc1 Cc2 | .: 11 12");
-    data<T> tall = ~a;
-    tall.flipud();
-    EXPECT_EQ(show(shufflerow(tall, ~b)),
-              "6x1 r1 | c4: 14 | c3: 13 | Cc1: 11 | c2: 12 | c1: 11 | Cc2: 12");
-}
-
-TYPED_TEST(BindingDeathTest, InterleavingAndPairsRefuseOtherShapes)
-{
-    using T = TypeParam;
-    data<T> const a = grid<T>(4, 4);
-    std::string const by_cols = "_data_ shufflecol(_data_,_data_)";
-    std::string const by_rows = "_data_ shufflerow(_data_,_data_)";
-    EXPECT_REFUSAL_OF(T, shufflecol(a, grid<T>(3, 3)), by_cols, "niezgodna liczba wierszy");
-    EXPECT_REFUSAL_OF(T, shufflecol(a, grid<T>(4, 3)), by_cols, "niewlasciwa liczba kolumn");
-    EXPECT_REFUSAL_OF(T, shufflecol(a, data<T>(4, 0)), by_cols, "niewlasciwa liczba kolumn");
-    EXPECT_REFUSAL_OF(T, shufflerow(a, grid<T>(3, 3)), by_rows, "niezgodna liczba kolumn");
-    EXPECT_REFUSAL_OF(T, shufflerow(a, grid<T>(8, 4)), by_rows, "niewlasciwa liczba wierszy");
-    EXPECT_REFUSAL_OF(T, shufflerow(a, data<T>(0, 4)), by_rows, "niewlasciwa liczba wierszy");
-    T (*f)(T, T) = [](T x, T) { return x; };
-    std::string const pairs = "_data_ outer(_data_,_data_,_T_ f(_T_,_T_))";
-    EXPECT_REFUSAL_OF(T, outer(a, a, f), pairs, "pierwszy argument ma byc wektorem");
-    EXPECT_REFUSAL_OF(T, outer(data<T>(), a, f), pairs, "drugi argument ma byc wektorem");
+    EXPECT_REFUSAL_OF(T, shufflecol(a, tall), by_cols, rows);
+    EXPECT_REFUSAL_OF(T, shufflecol(a, wide), by_cols, bad_cols);
+    EXPECT_REFUSAL_OF(T, shufflecol(a, data<T>(2, 0)), by_cols, bad_cols);
+    EXPECT_REFUSAL_OF(T, shufflerow(a, wide), by_rows, cols);
+    EXPECT_REFUSAL_OF(T, shufflerow(a, tall), by_rows, bad_rows);
+    EXPECT_REFUSAL_OF(T, shufflerow(a, data<T>(0, 2)), by_rows, bad_rows);
+    EXPECT_REFUSAL_OF(T, outer(a, a, f), of_outer, "pierwszy argument ma byc wektorem");
+    EXPECT_REFUSAL_OF(T, outer(none, a, f), of_outer, "drugi argument ma byc wektorem");
 }
 
 namespace {

@@ -1,149 +1,86 @@
 #include <varnow/containers/compare.h>
 #include <varnow/containers/matrix_arithmetic.h>
 #include <varnow/containers/matrix_special.h>
+#include <varnow/containers/slicing.h>
 
 #include "tests/support/containers.h"
 
-#include <limits>
+#include <functional>
 
 using namespace varnow;
-using test::grid;
-using test::show;
+using namespace varnow::test;
 
 namespace {
 
-double const NaN = std::numeric_limits<double>::quiet_NaN();
-
-struct Comparison
+// Each operator with what it says of an operand that is less, equal, greater, and of a NaN on
+// either side.
+template <class F> void for_each_operator(F check)
 {
-    char const* sign;
-    // for an operand that is less, equal, greater, and for a NaN on either side
-    char const* truth;
-    matrix (*matrices)(matrix const&, matrix const&);
-    Vector (*matrix_number)(matrix const&, double);
-    Vector (*number_matrix)(double, matrix const&);
-    Vector (*table_number)(table const&, double);
-    Vector (*number_table)(double, table const&);
-    Vector (*table_text)(table const&, Text const&);
-    Vector (*text_table)(Text const&, table const&);
-    Vector (*table_date)(table const&, date const&);
-    Vector (*date_table)(date const&, table const&);
-    Vector (*tables)(table const&, table const&);
-};
-
-// clang-format off
-#define COMPARISON(op, truth)                                                                          \
-    {#op, truth, operator op, operator op, operator op, operator op, operator op, operator op,         \
-     operator op, operator op, operator op, operator op}
-Comparison const comparisons[] = {
-    COMPARISON(==, "0 1 0 0"), COMPARISON(!=, "1 0 1 1"), COMPARISON(<, "1 0 0 0"),
-    COMPARISON(<=, "1 1 0 0"), COMPARISON(>, "0 0 1 0"),  COMPARISON(>=, "0 1 1 0"),
-};
-#undef COMPARISON
-// clang-format on
-
-// One column, named, of the given texts.
-table column(std::initializer_list<char const*> cells)
-{
-    table r = grid<Text>(static_cast<int>(cells.size()), 1);
-    int i = 0;
-    for (char const* x : cells) r.cell[i++][0] = x;
-    return r;
-}
-
-// The flags without the one for NaN.
-std::string first_three(char const* truth)
-{
-    return std::string(truth, 5);
+    check("==", "0 1 0 0", std::equal_to<>());
+    check("!=", "1 0 1 1", std::not_equal_to<>());
+    check("<", "1 0 0 0", std::less<>());
+    check("<=", "1 1 0 0", std::less_equal<>());
+    check(">", "0 0 1 0", std::greater<>());
+    check(">=", "0 1 1 0", std::greater_equal<>());
 }
 
 } // namespace
 
-TEST(Comparisons, OfTwoMatricesGiveAMatrixWithTheNamesOfTheLeft)
-{
-    matrix const a = matrix("1; 2; 3; NaN"), b = matrix("2; 2; 2; 2");
-    for (Comparison const& o : comparisons) {
-        SCOPED_TRACE(o.sign);
-        EXPECT_EQ(show(as_Vector(o.matrices(a, b))), o.truth);
-        EXPECT_EQ(show(as_Vector(o.matrices(b, a)))[6], o.truth[6]);
-        matrix left = grid<double>(2, 2);
-        EXPECT_EQ(show(o.matrices(left, zeros(2, 2)) * 0 + 1), "2x2 c1 c2 | r1: 1 1 | r2: 1 1");
-    }
-}
-
 // The operands stand in the order in which they are written.
-TEST(Comparisons, WithAScalarGiveFlags)
+TEST(Comparisons, OfAColumnGiveFlags)
 {
-    matrix const numbers("1; 2; 3; NaN"), reversed("3; 2; 1; NaN");
-    table const texts = column({"1", "2,0", "3", ""}),
-                texts_reversed = column({"3", "2.0", "1", ""});
-    table const words = column({"10", "2", "9"}), words_reversed = column({"9", "2", "10"});
-    table const days = column({"2024-01-31", "2024.02.01", "2024/03/01"});
-    table const days_reversed = column({"2024-03-01", "2024-02-01", "2024-01-31"});
+    matrix const numbers("1; 2; 3; NaN"), reversed("3; 2; 1; NaN"), twos("2; 2; 2; 2");
+    matrix const one(1.0), missing(NaN);
+    table const texts = ~c("1", "2,0", "3", ""), texts_reversed = ~c("3", "2.0", "1", "");
+    table const words = ~c("10", "2", "9"), words_reversed = flipud(words); // as texts 10 < 2 < 9
+    table const days = ~c("2024-01-31", "2024.02.01", "2024/03/01"), days_reversed = flipud(days);
+    table const two_words = ~c("2", "2", "2");
+    data<Text> const plain = words;
+    data<double> const cells = numbers;
     date const day("2024-02-01");
-    for (Comparison const& o : comparisons) {
-        SCOPED_TRACE(o.sign);
-        EXPECT_EQ(show(o.matrix_number(numbers, 2)), o.truth);
-        EXPECT_EQ(show(o.number_matrix(2, reversed)), o.truth);
-        EXPECT_EQ(show(o.table_number(texts, 2)), o.truth);
-        EXPECT_EQ(show(o.number_table(2, texts_reversed)), o.truth);
-        EXPECT_EQ(show(o.table_text(words, "2")), first_three(o.truth)); // as texts 10 < 2 < 9
-        EXPECT_EQ(show(o.text_table("2", words_reversed)), first_three(o.truth));
-        EXPECT_EQ(show(o.tables(words, column({"2", "2", "2"}))), first_three(o.truth));
-        EXPECT_EQ(show(o.table_date(days, day)), first_three(o.truth));
-        EXPECT_EQ(show(o.date_table(day, days_reversed)), first_three(o.truth));
-        EXPECT_EQ(show(o.matrix_number(numbers, NaN))[0], o.truth[6]);
-        EXPECT_EQ(show(o.table_number(texts, NaN))[0], o.truth[6]);
-    }
-    EXPECT_EQ(show(column({"", "abc", "0"}) == 0.0), "0 1 1"); // empty is missing, a word is 0
-    EXPECT_EQ(show(column({"\xB1", "a", ""}) < "a"), "1 0 1"); // bytes have a sign
-}
-
-TEST(Comparisons, OfNothingGiveNothing)
-{
-    EXPECT_EQ((matrix(3, 0) == 1.0).n, 0);
-    EXPECT_EQ((1.0 < matrix()).n, 0);
-    EXPECT_EQ((table(3, 0) == "x").n, 0);
-    EXPECT_EQ((table(3, 0) == table(3, 1)).n, 0);
-    EXPECT_EQ((table() != table()).n, 0);
-}
-
-TEST(Comparisons, OfPlainContainersActAsThoseOfTheirClasses)
-{
-    data<Text> const texts = column({"a", "b"});
-    data<double> const numbers = matrix("1; 2");
-    EXPECT_EQ(show(texts == texts), "1 1");
-    EXPECT_EQ(show(texts > "a"), "0 1");
-    EXPECT_EQ(show(numbers == 2), "0 1");
-    EXPECT_EQ(show(numbers == numbers), "2x1 . | .: 1 | .: 1");
+    for_each_operator([&](std::string const& sign, std::string const& truth, auto op) {
+        SCOPED_TRACE(sign);
+        std::string const of_three = truth.substr(0, 5), of_nan = truth.substr(6);
+        for (Vector const& flags :
+             {op(numbers, 2), op(2, reversed), op(texts, 2), op(2, texts_reversed), op(cells, 2),
+              as_Vector(op(numbers, twos)), as_Vector(op(cells, data<double>(twos)))})
+            EXPECT_EQ(show(flags), truth);
+        for (Vector const& flags :
+             {op(words, "2"), op("2", words_reversed), op(words, two_words), op(plain, two_words),
+              op(plain, "2"), op(days, day), op(day, days_reversed)})
+            EXPECT_EQ(show(flags), of_three);
+        for (Vector const& flags : {op(one, NaN), op(NaN, one), op(table(c("1")), NaN),
+                                    as_Vector(op(one, missing)), as_Vector(op(missing, one))})
+            EXPECT_EQ(show(flags), of_nan);
+        for (Vector const& flags : {op(matrix(3, 0), 1), op(1, matrix()), op(table(3, 0), "x"),
+                                    op(table(3, 0), table(3, 1)), op(table(), table())})
+            EXPECT_EQ(flags.n, 0);
+        EXPECT_EQ(show(op(grid<double>(2, 2), zeros(2, 2)) * 0 + 1), show(named(ones(2, 2))));
+    });
+    EXPECT_EQ(show(table(~c("", "abc", "0")) == 0.0), "0 1 1"); // empty is missing, a word is 0
+    EXPECT_EQ(show(table(~c("\xB1", "a", "")) < "a"), "1 0 1"); // bytes have a sign
 }
 
 TEST(ComparisonsDeathTest, RefuseMoreThanOneColumn)
 {
     matrix const m(2, 3);
     table const t(2, 2), one(2, 1), longer(3, 1);
-    std::string const message = "oczekiwana jedna kolumna danych";
-    for (Comparison const& o : comparisons) {
-        SCOPED_TRACE(o.sign);
-        std::string const routine = "Vector operator " + std::string(o.sign);
-        EXPECT_REFUSAL(o.matrices(m, zeros(3, 2)), "MATRIX",
-                       "matrix operator " + std::string(o.sign) + "(matrix,matrix)",
+    std::string const why = "oczekiwana jedna kolumna danych";
+    for_each_operator([&](std::string const& sign, char const*, auto op) {
+        SCOPED_TRACE(sign);
+        std::string const routine = "Vector operator " + sign, tables = routine + "(table,table)";
+        EXPECT_REFUSAL(op(m, zeros(3, 2)), "MATRIX", "matrix operator " + sign + "(matrix,matrix)",
                        "niezgodne wymiary macierzy");
-        EXPECT_REFUSAL(o.matrix_number(m, 1), "MATRIX", routine + "(matrix,double)", message);
-        EXPECT_REFUSAL(o.number_matrix(1, m), "MATRIX", routine + "(double,matrix)", message);
-        EXPECT_REFUSAL(o.table_number(t, 1), "TABLE", routine + "(table,double)", message);
-        EXPECT_REFUSAL(o.number_table(1, t), "TABLE", routine + "(double,table)", message);
-        EXPECT_REFUSAL(o.table_text(t, "1"), "TABLE", routine + "(table,Text)", message);
-        EXPECT_REFUSAL(o.text_table("1", t), "TABLE", routine + "(Text,table)", message);
-        EXPECT_REFUSAL(o.table_date(t, date()), "TABLE", routine + "(table,date)", message);
-        EXPECT_REFUSAL(o.date_table(date(), t), "TABLE", routine + "(date,table)", message);
-        EXPECT_REFUSAL(o.tables(t, t), "TABLE", routine + "(table,table)",
-                       "pierwszy argument nie jest wektorem");
-        EXPECT_REFUSAL(o.tables(longer, t), "TABLE", routine + "(table,table)",
-                       "drugi argument nie jest wektorem");
-        EXPECT_REFUSAL(o.tables(one, longer), "TABLE", routine + "(table,table)",
-                       "niezgodne dlugosci wektorow");
-    }
-    EXPECT_REFUSAL((void)(m == 1), "MATRIX", "Vector operator ==(matrix,double)", message);
-    EXPECT_REFUSAL((void)("x" < t), "TABLE", "Vector operator <(Text,table)", message);
+        EXPECT_REFUSAL(op(m, 1), "MATRIX", routine + "(matrix,double)", why);
+        EXPECT_REFUSAL(op(1, m), "MATRIX", routine + "(double,matrix)", why);
+        EXPECT_REFUSAL(op(t, 1), "TABLE", routine + "(table,double)", why);
+        EXPECT_REFUSAL(op(1, t), "TABLE", routine + "(double,table)", why);
+        EXPECT_REFUSAL(op(t, "1"), "TABLE", routine + "(table,Text)", why);
+        EXPECT_REFUSAL(op("1", t), "TABLE", routine + "(Text,table)", why);
+        EXPECT_REFUSAL(op(t, date()), "TABLE", routine + "(table,date)", why);
+        EXPECT_REFUSAL(op(date(), t), "TABLE", routine + "(date,table)", why);
+        EXPECT_REFUSAL(op(t, t), "TABLE", tables, "pierwszy argument nie jest wektorem");
+        EXPECT_REFUSAL(op(longer, t), "TABLE", tables, "drugi argument nie jest wektorem");
+        EXPECT_REFUSAL(op(one, longer), "TABLE", tables, "niezgodne dlugosci wektorow");
+    });
 }

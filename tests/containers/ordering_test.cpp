@@ -1,70 +1,33 @@
+#include <varnow/containers/matrix_arithmetic.h>
 #include <varnow/containers/ordering.h>
 
 #include "tests/support/bits.h"
-#include "tests/support/refusal.h"
+#include "tests/support/containers.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <random>
-#include <vector>
+#include <tuple>
 
 namespace varnow {
 namespace {
 
-double const nan = std::numeric_limits<double>::quiet_NaN();
-double const inf = std::numeric_limits<double>::infinity();
+using namespace test;
 
-// The quicksort whose permutation is promised, step by step.
-template <class T>
-void plain_quicksort(std::vector<T>& x, std::vector<int>& p, int left, int right, bool falling)
+// The quicksort whose permutation is promised, step by step; cells with their positions.
+template <class T> void plain_quicksort(std::pair<T, int>* x, int left, int right, bool falling)
 {
-    auto exchange = [&](int i, int j) {
-        std::swap(x[std::size_t(i)], x[std::size_t(j)]);
-        std::swap(p[std::size_t(i)], p[std::size_t(j)]);
-    };
     while (left < right) {
-        exchange(left, (left + right) / 2);
+        std::swap(x[left], x[(left + right) / 2]);
         int last = left;
-        for (int i = left + 1; i <= right; ++i) {
-            T const &a = x[std::size_t(i)], &pivot = x[std::size_t(left)];
-            if (falling ? a > pivot : a < pivot) exchange(++last, i);
-        }
-        exchange(left, last);
-        plain_quicksort(x, p, left, last - 1, falling);
+        for (int i = left + 1; i <= right; ++i)
+            if (falling ? x[i].first > x[left].first : x[i].first < x[left].first)
+                std::swap(x[++last], x[i]);
+        std::swap(x[left], x[last]);
+        plain_quicksort(x, left, last - 1, falling);
         left = last + 1;
     }
-}
-
-bool same(double a, double b)
-{
-    return (a == b && std::signbit(a) == std::signbit(b)) || (a != a && b != b);
-}
-bool same(Text const& a, Text const& b)
-{
-    return a == b;
-}
-
-template <class T> data<T> vector_of(std::vector<T> const& x, bool row)
-{
-    int const n = static_cast<int>(x.size());
-    data<T> r(row ? 1 : n, row ? n : 1);
-    for (int i = 0; i < n; ++i) (row ? r.cell[0][i] : r.cell[i][0]) = x[std::size_t(i)];
-    return r;
-}
-
-std::vector<int> list(Vector const& v)
-{
-    return std::vector<int>(v.v, v.v + v.n);
-}
-
-template <class T>::testing::AssertionResult holds(data<T> const& x, std::vector<T> const& cells)
-{
-    for (std::size_t i = 0; i < cells.size(); ++i)
-        if (!same(x(static_cast<int>(i) + 1), cells[i]))
-            return ::testing::AssertionFailure() << "other cell at " << i + 1;
-    return ::testing::AssertionSuccess();
 }
 
 // Every way to sort gives what the plain quicksort gives.
@@ -72,32 +35,34 @@ template <class T> void expect_plain_order(std::vector<T> const& keys)
 {
     int const n = static_cast<int>(keys.size());
     for (Direction d : {Ascending, Descending}) {
-        std::vector<T> cells = keys;
-        std::vector<int> permutation(keys.size());
-        for (int i = 0; i < n; ++i) permutation[std::size_t(i)] = i + 1;
-        plain_quicksort(cells, permutation, 0, n - 1, d == Descending);
+        std::vector<std::pair<T, int>> cells;
+        for (T const& x : keys) cells.emplace_back(x, static_cast<int>(cells.size()) + 1);
+        plain_quicksort(cells.data(), 0, n - 1, d == Descending);
+        std::vector<int> permutation;
+        for (auto const& x : cells) permutation.push_back(x.second);
         for (bool row : {false, true}) {
             data<T> x = vector_of(keys, row);
             ASSERT_EQ(list(order(x, d)), permutation) << "n " << n << " direction " << d;
-            ASSERT_TRUE(holds(x, keys));
             ASSERT_EQ(list(sort(x, d)), permutation);
-            ASSERT_TRUE(holds(x, cells));
+            for (int i = 0; i < n; ++i)
+                ASSERT_TRUE(same_bits(x(i + 1), cells[std::size_t(i)].first)) << i;
         }
     }
 }
 
-std::vector<double> numbers(int n, double (*f)(int))
+// Random choices from one of the palettes, short and long, each made over by vary(keys, turn).
+template <class T, class F>
+void expect_plain_order_of(std::vector<std::vector<T>> const& palettes, F vary)
 {
-    std::vector<double> r;
-    for (int i = 0; i < n; ++i) r.push_back(f(i));
-    return r;
-}
-
-std::vector<double> shuffled(std::vector<double> x)
-{
-    std::mt19937 random(7);
-    std::shuffle(x.begin(), x.end(), random);
-    return x;
+    std::mt19937 random(1);
+    for (int turn = 0; turn < 4000; ++turn) {
+        std::vector<T> const& palette = palettes[random() % palettes.size()];
+        std::vector<T> x(random() % (turn % 10 ? 20 : 200));
+        for (T& v : x) v = palette[random() % palette.size()];
+        data<T> keys = vector_of(x);
+        vary(keys, turn);
+        ASSERT_NO_FATAL_FAILURE(expect_plain_order(list(keys)));
+    }
 }
 
 TEST(Ordering, SmallNumbersFollowTheQuicksortAmongTiesAndNaN)
@@ -105,57 +70,52 @@ TEST(Ordering, SmallNumbersFollowTheQuicksortAmongTiesAndNaN)
     std::vector<std::vector<double>> const palettes = {
         {0, 1},
         {0.0, -0.0, 1, -1},
-        {nan, 1, 2},
-        {nan, -nan, inf, -inf, 0.0, -0.0, 5e-324, -5e-324},
-        {1, 1 + 1e-15, 1 - 1e-15, 1e300, nan},
+        {NaN, 1, 2},
+        {NaN, -NaN, inf, -inf, 0.0, -0.0, 5e-324, -5e-324},
+        {1, 1 + 1e-15, 1 - 1e-15, 1e300, NaN},
         {3, 1, 4, 1.5, 9, 2.6, 5.3, 5.8, 9.7, 9.3, 2.3, 8.4, 6.2, -6.4, -3.3, 8.3, -2.7, -9.5},
     };
-    std::mt19937 random(1);
-    for (int turn = 0; turn < 4000; ++turn) {
-        std::vector<double> const& palette = palettes[random() % palettes.size()];
-        std::vector<double> x(random() % (turn % 10 ? 20 : 200));
-        for (double& v : x) v = palette[random() % palette.size()];
-        if (turn % 4 == 0) { // what rises or falls already takes a way of its own
-            std::vector<int> ignored(x.size());
-            plain_quicksort(x, ignored, 0, static_cast<int>(x.size()) - 1, turn % 8 == 0);
-        }
-        ASSERT_NO_FATAL_FAILURE(expect_plain_order(x));
-    }
+    expect_plain_order_of(palettes, [](data<double>& x, int turn) {
+        if (turn % 4 == 0) sort(x, turn % 8 == 0); // what rises or falls takes a way of its own
+    });
 }
 
 TEST(Ordering, LargeNumbersFollowTheQuicksort)
 {
     // Beyond the size where short sorts take over. The close ones differ in their last bits only,
     // and the far one beside them hides these from a look at the leading bits.
-    std::vector<std::vector<double>> const cases = {
-        numbers(3000, [](int i) { return std::sin(i); }),
-        numbers(3000, [](int i) { return i * 0.5; }),
-        numbers(3000, [](int i) { return 1e6 - i; }),
-        numbers(3000, [](int i) { return std::floor(i / 3.0); }),
-        numbers(3000, [](int i) { return -std::floor(i / 7.0); }),
-        numbers(2500, [](int) { return 3.0; }),
-        numbers(2500, [](int i) { return i % 7 == 3 ? 1.0 : 0.0; }),
-        numbers(3000, [](int i) { return double(i < 1500 ? 2 * i : 6001 - 2 * i); }),
-        numbers(3000, [](int i) { return double(std::min(i, 2999 - i)); }),
-        numbers(3000, [](int i) { return i % 5 == 1 ? nan : std::floor(100 * std::sin(i)); }),
-        numbers(3000, [](int i) { return i % 2 ? -0.0 : 0.0; }),
-        numbers(2000, [](int) { return nan; }),
-        shuffled(numbers(3000, [](int i) { return 1 + i * 0x1p-52; })),
-        shuffled(numbers(3000, [](int i) { return i ? 1 + i * 0x1p-52 : -1e300; })),
-        shuffled(numbers(3000, [](int i) { return i ? 1 + i / 2 * 0x1p-52 : inf; })),
-        shuffled(numbers(3000, [](int i) { return 1.7e9 + i; })),
-        shuffled(numbers(3000, [](int i) { return i ? 1 + i % 3 * 0.25 + i / 9 * 0x1p-52 : inf; })),
+    double (*const makers[])(int) = {
+        [](int i) { return i * 0.5; },
+        [](int i) { return 1e6 - i; },
+        [](int i) { return std::floor(i / 3.0); },
+        [](int i) { return -std::floor(i / 7.0); },
+        [](int) { return 3.0; },
+        [](int i) { return i % 7 == 3 ? 1.0 : 0.0; },
+        [](int i) { return double(i < 1500 ? 2 * i : 6001 - 2 * i); },
+        [](int i) { return double(std::min(i, 2999 - i)); },
+        [](int i) { return i % 5 == 1 ? NaN : std::floor(100 * std::sin(i)); },
+        [](int i) { return i % 2 ? -0.0 : 0.0; },
+        [](int) { return NaN; },
+        [](int i) { return 1 + i * 0x1p-52; },
+        [](int i) { return i ? 1 + i * 0x1p-52 : -1e300; },
+        [](int i) { return i ? 1 + i / 2 * 0x1p-52 : inf; },
+        [](int i) { return 1.7e9 + i; },
+        [](int i) { return i ? 1 + i % 3 * 0.25 + i / 9 * 0x1p-52 : inf; },
         // The last bits of one group are the leading bits of the next.
-        shuffled(numbers(3000,
-                         [](int i) {
-                             return i ? std::ldexp(i % 4 * 0x1p30 + i / 4 % (i % 4 + 2), -1074)
-                                      : 1e300;
-                         })),
-        shuffled(numbers(3000, [](int i) { return i < 2998 ? 1.0 + i % 3 * 0x1p-40 : nan; })),
+        [](int i) { return i ? std::ldexp(i % 4 * 0x1p30 + i / 4 % (i % 4 + 2), -1074) : 1e300; },
+        [](int i) { return i < 2998 ? 1.0 + i % 3 * 0x1p-40 : NaN; },
     };
-    for (std::size_t k = 0; k < cases.size(); ++k) {
-        SCOPED_TRACE(k);
-        test::on_every_machine([&] { ASSERT_NO_FATAL_FAILURE(expect_plain_order(cases[k])); });
+    std::mt19937 random(7);
+    for (auto* const& make : makers) {
+        SCOPED_TRACE(&make - makers);
+        std::vector<double> x;
+        for (int i = 0; i < 3000; ++i) x.push_back(make(i));
+        std::vector<double> shuffled = x;
+        std::shuffle(shuffled.begin(), shuffled.end(), random);
+        on_every_machine([&] {
+            ASSERT_NO_FATAL_FAILURE(expect_plain_order(x));
+            ASSERT_NO_FATAL_FAILURE(expect_plain_order(shuffled));
+        });
     }
 }
 
@@ -169,15 +129,10 @@ TEST(Ordering, TextsFollowTheQuicksortInSignedByteOrder)
         {"12345678", "1234567", "123456789", "12345678\x80", "12345678\x80\x80", "1234567\x80"},
     };
     std::mt19937 random(2);
-    for (int turn = 0; turn < 2000; ++turn) {
-        std::vector<Text> const& palette = palettes[random() % palettes.size()];
-        std::vector<Text> x(random() % (turn % 10 ? 16 : 150));
-        for (Text& v : x) {
-            v = palette[random() % palette.size()];
-            if (random() % 4 == 0) v += Text(static_cast<int>(random() % 30));
-        }
-        ASSERT_NO_FATAL_FAILURE(expect_plain_order(x));
-    }
+    expect_plain_order_of(palettes, [&](data<Text>& x, int) {
+        for (int i = 0; i < x.rows; i += 1 + static_cast<int>(random() % 8))
+            x.cell[i][0] += Text(static_cast<int>(random() % 30));
+    });
     for (char const* start : {"", "a start in common, "}) {
         std::vector<Text> large;
         for (int i = 0; i < 2000; ++i)
@@ -191,173 +146,121 @@ TEST(Ordering, AMillionRepeatedKeysAreNoTrouble)
     int const n = 1000000;
     double (*const makers[])(int) = {
         [](int) { return 1.0; },
-        [](int) { return nan; },
+        [](int) { return NaN; },
         [](int i) { return i % 100 ? 0.0 : 1.0; },
-        [](int i) { return i % 3 ? nan : double(i % 2); },
+        [](int i) { return i % 3 ? NaN : double(i % 2); },
         [](int i) { return double(i / 1000); },
         [](int i) { return double(-(i / 1000)); },
     };
     for (auto* make : makers) {
         matrix x(n, 1);
         for (int i = 0; i < n; ++i) x.cell[i][0] = make(i);
-        matrix const before = x;
         std::vector<int> p = list(sort(x));
         for (int i = 0; i < n; i += 997)
-            ASSERT_TRUE(same(x.cell[i][0], before.cell[p[std::size_t(i)] - 1][0]));
+            ASSERT_TRUE(same_bits(x.cell[i][0], make(p[std::size_t(i)] - 1)));
         std::sort(p.begin(), p.end());
-        for (int i = 0; i < n; ++i) ASSERT_EQ(p[std::size_t(i)], i + 1);
+        EXPECT_EQ(p, list($(n)));
     }
 }
 
 TEST(Ordering, MovesNamesOnlyWhenAsked)
 {
     for (bool row : {false, true}) {
-        matrix x(vector_of<double>({3, 1, 2}, row));
-        auto name = [row](matrix& m, int i) -> Text& { return row ? m.colname(i) : m.rowname(i); };
-        for (int i = 1; i <= 3; ++i) name(x, i) = Text(i);
-        (row ? x.rowname(1) : x.colname(1)) = "line";
-        matrix still = x;
-        EXPECT_EQ(list(sort(still)), (std::vector<int>{2, 3, 1}));
-        EXPECT_EQ(name(still, 1), "1");
-        matrix y = x;
-        for (int i = 1; i <= 3; ++i) y(i) = 10 * x(i);
+        auto turned = [row](matrix const& m) { return row ? ~m : m; };
+        matrix x = turned(named("3; 1; 2")), y = turned(named("5; 9; 7")), still = x;
+        EXPECT_EQ(show(sort(still)), "2 3 1");
+        EXPECT_EQ(show(turned(still)), "3x1 c1 | r1: 1 | r2: 2 | r3: 3");
         sort(x, y, 1, 1); // descending
-        EXPECT_TRUE(holds(x, {3, 2, 1}));
-        EXPECT_TRUE(holds(y, {30, 20, 10}));
-        for (matrix* each : {&x, &y}) {
-            EXPECT_EQ(name(*each, 1), "1");
-            EXPECT_EQ(name(*each, 2), "3");
-            EXPECT_EQ(name(*each, 3), "2");
-            EXPECT_EQ(row ? each->rowname(1) : each->colname(1), "line");
-        }
+        EXPECT_EQ(show(turned(x)), "3x1 c1 | r1: 3 | r3: 2 | r2: 1");
+        EXPECT_EQ(show(turned(y)), "3x1 c1 | r1: 5 | r3: 7 | r2: 9");
     }
-    matrix one = vector_of<double>({2, 1, 3}, false);
+    matrix one("2; 1; 3");
     sort(one, one);
-    EXPECT_TRUE(holds(one, {1, 2, 3}));
+    EXPECT_EQ(show(one), "3x1 . | .: 1 | .: 2 | .: 3");
 }
 
 TEST(Ordering, VectorsWithoutCellsStayAsTheyAre)
 {
-    for (int rows : {0, 1})
-        for (int cols : {0, 1}) {
-            if (rows && cols) continue;
-            matrix m(rows, cols);
-            EXPECT_EQ(sort(m, Ascending, 1).n, 0);
-            table x(rows, cols);
-            EXPECT_EQ(order(x).n, 0);
-        }
-    matrix none;
-    sort(none, none, Descending, 1);
-    EXPECT_EQ(none.rows, 0);
+    for (matrix m : {matrix(), matrix(0, 1), matrix(1, 0)}) {
+        EXPECT_EQ(sort(m, Ascending, 1).n, 0);
+        EXPECT_EQ(order(table(m)).n, 0);
+        sort(m, m, Descending, 1);
+    }
     matrix headed(0, 2);
     headed.sort(2);
-    EXPECT_EQ(headed.cols, 2);
+    EXPECT_EQ(show(headed), "0x2 . .");
 }
 
 TEST(Ordering, AContainerIsReorderedByOneOfItsLines)
 {
-    matrix m(3, 2);
-    double const cells[3][2] = {{3, 30}, {1, 10}, {2, 20}};
-    for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 2; ++j) m.cell[i][j] = cells[i][j];
-    for (int i = 1; i <= 3; ++i) m.rowname(i) = "r" + Text(i);
-    m.colname(1) = "Key";
-    m.colname(2) = "other";
+    matrix const m = named("3 1; 1 2; 2 3");
     matrix by_number = m, by_name = m, by_row = m;
     by_number.sort(1);
-    by_name.sort("KEY", Descending);
-    EXPECT_TRUE(holds<double>(by_number.col(2), {10, 20, 30}));
-    EXPECT_EQ(by_number.rowname(1), "r2");
-    EXPECT_TRUE(holds<double>(by_name.col(2), {30, 20, 10}));
-    EXPECT_EQ(by_name.rowname(3), "r2");
-    by_row.sort("R2", Descending, 0);
-    EXPECT_TRUE(holds<double>(by_row.row(1), {30, 3}));
-    EXPECT_EQ(by_row.colname(1), "other");
-    EXPECT_EQ(by_row.rowname(1), "r1");
-
-    table t(2, 1);
-    t.cell[0][0] = "9";
-    t.cell[1][0] = "10";
+    by_name.sort("C1", Descending);
+    by_row.sort("R3", Descending, 0);
+    EXPECT_EQ(show(by_number), "3x2 c1 c2 | r2: 1 2 | r3: 2 3 | r1: 3 1");
+    EXPECT_EQ(show(by_name), "3x2 c1 c2 | r1: 3 1 | r3: 2 3 | r2: 1 2");
+    EXPECT_EQ(show(by_row), "3x2 c2 c1 | r1: 1 3 | r2: 2 1 | r3: 3 2");
+    table t = matrix("9; 10");
     t.sort(1);
-    EXPECT_EQ(t(1, 1), "10");
+    EXPECT_EQ(show(t), "2x1 . | .: 10 | .: 9");
 }
 
 TEST(Ordering, NamedQuicksortsWorkOnAStretchAndCarryTheVector)
 {
-    // Places 1 to 3 of 5, counted from 0; the middle one is swapped to the left first.
     for (bool row : {false, true}) {
         matrix x = vector_of<double>({0, 2, 1, 2, -1}, row);
+        auto cells = [&x] { return show(as_Vector(x)); };
         Vector p{50, 60, 70, 80, 90};
+        // Places 1 to 3 of 5, counted from 0; the middle one is swapped to the left first.
         row ? qsort_desc_2r(x, p, 1, 3) : qsort_desc_2c(x, p, 1, 3);
-        EXPECT_TRUE(holds(x, {0, 2, 2, 1, -1}));
-        EXPECT_EQ(list(p), (std::vector<int>{50, 80, 60, 70, 90}));
+        EXPECT_EQ(cells(), "0 2 2 1 -1");
+        EXPECT_EQ(show(p), "50 80 60 70 90");
         row ? qsort_asc_2r(x, p, 0, 4) : qsort_asc_2c(x, p, 0, 4);
-        EXPECT_TRUE(holds(x, {-1, 0, 1, 2, 2}));
+        EXPECT_EQ(cells(), "-1 0 1 2 2");
         row ? swap_2r(x, p, 4, 0) : swap_2c(x, p, 4, 0);
-        EXPECT_TRUE(holds(x, {2, 0, 1, 2, -1}));
+        row ? qsort_asc_2r(x, p, 3, 3) : qsort_asc_2c(x, p, 9, 2); // nothing to do
+        EXPECT_EQ(cells(), "2 0 1 2 -1");
         EXPECT_EQ(p.v[4], 90);
-        row ? qsort_asc_2r(x, p, 3, 3) : qsort_asc_2c(x, p, 9, 2);
-        EXPECT_TRUE(holds(x, {2, 0, 1, 2, -1}));
     }
 }
 
-TEST(Ordering, RecordsSortByTheirKeyWithTheCLibrary)
+TEST(Ordering, RecordsCompareByTheirKeyAndANaNAsEqual)
 {
-    sort_record r[] = {{1, 2.5}, {2, -1}, {3, 7}, {4, 0}};
-    std::qsort(r, 4, sizeof *r, sort_asc);
-    EXPECT_EQ(r[0].position, 2);
-    EXPECT_EQ(r[3].position, 3);
-    std::qsort(r, 4, sizeof *r, sort_desc);
-    EXPECT_EQ(r[0].position, 3);
-    EXPECT_EQ(r[3].position, 2);
-    sort_record const number{1, 1}, missing{2, nan}, equal{3, 1};
-    for (auto* compare_records : {sort_asc, sort_desc}) {
-        EXPECT_EQ(compare_records(&number, &missing), 0);
-        EXPECT_EQ(compare_records(&missing, &number), 0);
-        EXPECT_EQ(compare_records(&number, &equal), 0);
+    std::tuple<double, double, int> const rows[] = {
+        {1, 2.5, -1}, {0, -1, 1}, {1, 1, 0}, {1, NaN, 0}, {NaN, 1, 0}};
+    for (auto const& [x, y, rising] : rows) {
+        sort_record const a{1, x}, b{2, y};
+        EXPECT_EQ(sort_asc(&a, &b), rising);
+        EXPECT_EQ(sort_desc(&a, &b), -rising);
     }
-    EXPECT_EQ(sort_asc(&r[3], &number), -1);
-    EXPECT_EQ(sort_desc(&r[3], &number), 1);
 }
 
-TEST(OrderingDeathTest, RefusesWhatIsNoVectorOrNoDirection)
+TEST(OrderingDeathTest, RefusesWhatIsNoVectorNoDirectionAndNoLine)
 {
     matrix m(2, 2), x(2, 1), y(1, 2);
-    table t(2, 2);
+    table t(2, 3);
+    Vector p{1, 2};
     Direction const none = static_cast<Direction>(2), below = static_cast<Direction>(-1);
-    EXPECT_REFUSAL(sort(m, none), "MATRIX", "Vector sort(matrix,Direction,int)",
-                   "pierwszy argument nie jest wektorem");
-    EXPECT_REFUSAL(sort(x, below), "MATRIX", "Vector sort(matrix,Direction,int)",
-                   "nieprawidlowy kierunek sortowania");
+    std::string const first = "pierwszy argument nie jest wektorem";
+    std::string const direction = "nieprawidlowy kierunek sortowania", far = "indeks poza zakresem";
+    std::string const of_matrix = "Vector sort(matrix,Direction,int)",
+                      of_table = "Vector sort(table,Direction,int)",
+                      by_number = "sort(int,Direction,int)", by_name = "sort(Text,Direction,int)";
+    EXPECT_REFUSAL(sort(m, none), "MATRIX", of_matrix, first);
+    EXPECT_REFUSAL(sort(x, below), "MATRIX", of_matrix, direction);
     EXPECT_REFUSAL(order(t, none), "TABLE", "Vector order(table,Direction)", "oczekiwany wektor");
-    EXPECT_REFUSAL(order(x, none), "MATRIX", "Vector sort(matrix,Direction,int)",
-                   "nieprawidlowy kierunek sortowania");
+    EXPECT_REFUSAL(order(x, none), "MATRIX", of_matrix, direction);
     EXPECT_REFUSAL(sort(x, y), "MATRIX", "sort(matrix,matrix,Direction,int)",
                    "wektory maja niezgodne wymiary");
-    EXPECT_REFUSAL(sort(t, t), "TABLE", "Vector sort(table,Direction,int)",
-                   "pierwszy argument nie jest wektorem");
-    m.cell[0][0] = 1;
-    Vector p{1, 2};
-    EXPECT_REFUSAL(qsort_asc_2c(m, p, 0, 2), "MATRIX", "qsort_asc_2c(matrix,Vector,int,int)",
-                   "indeks poza zakresem");
-    EXPECT_REFUSAL(swap_2r(t, p, -1, 1), "TABLE", "swap_2r(table,Vector,int,int)",
-                   "indeks poza zakresem");
-}
-
-TEST(OrderingDeathTest, RefusesLinesThatAreNotThere)
-{
-    table t(2, 3);
-    Direction const none = static_cast<Direction>(2);
-    EXPECT_REFUSAL(t.sort(4, none), "TABLE", "sort(int,Direction,int)",
-                   "numer kolumny poza zakresem");
-    EXPECT_REFUSAL(t.sort(3, Ascending, 0), "TABLE", "sort(int,Direction,int)",
-                   "numer wiersza poza zakresem");
-    EXPECT_REFUSAL(t.sort(3, none), "TABLE", "Vector sort(table,Direction,int)",
-                   "nieprawidlowy kierunek sortowania");
-    EXPECT_REFUSAL(t.sort("x"), "TABLE", "sort(Text,Direction,int)",
-                   "nie znaleziono podanej kolumny");
-    EXPECT_REFUSAL(t.sort("x", Ascending, 0), "TABLE", "sort(Text,Direction,int)",
-                   "nie znaleziono podanego wiersza");
+    EXPECT_REFUSAL(sort(t, t), "TABLE", of_table, first);
+    EXPECT_REFUSAL(qsort_asc_2c(m, p, 0, 2), "MATRIX", "qsort_asc_2c(matrix,Vector,int,int)", far);
+    EXPECT_REFUSAL(swap_2r(t, p, -1, 1), "TABLE", "swap_2r(table,Vector,int,int)", far);
+    EXPECT_REFUSAL(t.sort(4, none), "TABLE", by_number, "numer kolumny poza zakresem");
+    EXPECT_REFUSAL(t.sort(3, Ascending, 0), "TABLE", by_number, "numer wiersza poza zakresem");
+    EXPECT_REFUSAL(t.sort(3, none), "TABLE", of_table, direction);
+    EXPECT_REFUSAL(t.sort("x"), "TABLE", by_name, "nie znaleziono podanej kolumny");
+    EXPECT_REFUSAL(t.sort("x", Ascending, 0), "TABLE", by_name, "nie znaleziono podanego wiersza");
 }
 
 } // namespace

@@ -29,6 +29,11 @@ inline bool same_bits(double a, double b)
     return (std::isnan(a) && std::isnan(b)) || std::memcmp(&a, &b, sizeof a) == 0;
 }
 
+inline bool same_bits(Text const& a, Text const& b)
+{
+    return a == b;
+}
+
 inline testing::AssertionResult same_bits(data<double> const& a, data<double> const& b)
 {
     if (a.rows != b.rows || a.cols != b.cols)
@@ -49,8 +54,8 @@ inline matrix scattered(int rows, int cols, unsigned seed, double specials = 0)
     std::mt19937 source(seed);
     std::normal_distribution<double> normal;
     std::uniform_real_distribution<double> uniform;
-    double const inf = std::numeric_limits<double>::infinity();
-    double const special[] = {0.0, -0.0, 0.0, -0.0, inf, -inf, std::nan("")};
+    double const infinity = std::numeric_limits<double>::infinity();
+    double const special[] = {0.0, -0.0, 0.0, -0.0, infinity, -infinity, std::nan("")};
     matrix m(rows, cols);
     for (int i = 0; i + 1 < rows; i += 2) std::swap(m.cell[i], m.cell[rows - 1 - i]);
     for (int i = 0; i < rows; ++i)

@@ -3,37 +3,69 @@
 
 #include "tests/support/refusal.h"
 
-#include <varnow/containers/data.h>
+#include <varnow/containers/matrix.h>
 
 #include <cmath>
 #include <cstdio>
+#include <initializer_list>
+#include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace varnow::test {
 
 using CellTypes = testing::Types<double, Text>;
 
+double const NaN = std::numeric_limits<double>::quiet_NaN();
+double const inf = std::numeric_limits<double>::infinity();
+
 // A cell that shows as the number: 7 or "7".
-template <class T> T cell(int k);
-template <> inline double cell<double>(int k)
+template <class T> T cell(int k)
 {
-    return k;
-}
-template <> inline Text cell<Text>(int k)
-{
-    return Text(std::to_string(k));
+    return T(k);
 }
 
-// Cell (i, j) shows as ij; rows are named r1, r2, ... and columns c1, c2, ...
-template <class T> data<T> grid(int rows, int cols)
+// The same with rows named r1, r2, ... and columns c1, c2, ..., a prefix before each.
+template <class M> M named(M a, Text const& prefix = Text())
+{
+    for (int i = 0; i < a.rows; ++i) a.rnames[i] = prefix + "r" + Text(i + 1);
+    for (int j = 0; j < a.cols; ++j) a.cnames[j] = prefix + "c" + Text(j + 1);
+    return a;
+}
+inline matrix named(char const* cells, Text const& prefix = Text())
+{
+    return named(matrix(cells), prefix);
+}
+
+// Cell (i, j) shows as ij; named as above.
+template <class T> data<T> grid(int rows, int cols, Text const& prefix = Text())
 {
     data<T> a(rows, cols);
-    for (int i = 1; i <= rows; ++i) {
-        a.rnames[i - 1] = Text("r" + std::to_string(i));
-        for (int j = 1; j <= cols; ++j) a.cell[i - 1][j - 1] = cell<T>(10 * i + j);
-    }
-    for (int j = 1; j <= cols; ++j) a.cnames[j - 1] = Text("c" + std::to_string(j));
-    return a;
+    for (int i = 0; i < rows; ++i)
+        for (int j = 0; j < cols; ++j) a.cell[i][j] = cell<T>(10 * i + j + 11);
+    return named(a, prefix);
+}
+
+// A column, or a row, of the given cells.
+template <class T> data<T> vector_of(std::vector<T> const& x, bool row = false)
+{
+    int const n = static_cast<int>(x.size());
+    data<T> r(row ? 1 : n, row ? n : 1);
+    for (int i = 0; i < n; ++i) (row ? r.cell[0][i] : r.cell[i][0]) = x[std::size_t(i)];
+    return r;
+}
+
+// All cells, row by row.
+template <class T> std::vector<T> list(data<T> const& x)
+{
+    std::vector<T> r;
+    for (int i = 0; i < x.rows; ++i) r.insert(r.end(), x.cell[i], x.cell[i] + x.cols);
+    return r;
+}
+inline std::vector<int> list(Vector const& x)
+{
+    return std::vector<int>(x.v, x.v + x.n);
 }
 
 inline std::string show(Text const& x)
@@ -67,6 +99,18 @@ template <class T> std::string show(data<T> const& a)
         for (int j = 0; j < a.cols; ++j) s += " " + show(a.cell[i][j]);
     }
     return s;
+}
+
+// Each shows as the text beside it.
+template <class A> void expect_shown(std::initializer_list<std::pair<A, std::string>> rows)
+{
+    for (auto const& [x, text] : rows) EXPECT_EQ(show(x), text);
+}
+
+// In each row both show alike.
+template <class Rows> void expect_alike(Rows const& rows)
+{
+    for (auto const& [x, like] : rows) EXPECT_EQ(show(x), show(like));
 }
 
 // The class token of a refusal on this cell type.
