@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
+#include <initializer_list>
 #include <string>
 
 namespace varnow::test {
@@ -95,3 +97,20 @@ template <class T> std::string routine(std::string s)
 #define EXPECT_REFUSAL_DETAIL_OF(T, call, routine_text, message, detail)                               \
     EXPECT_REFUSAL_DETAIL(call, varnow::test::token<T>(), varnow::test::routine<T>(routine_text), message, detail)
 // clang-format on
+
+namespace varnow::test {
+
+// A call and what it prints, with place-holders in the routine.
+struct refused_call
+{
+    std::function<void()> call;
+    std::string routine, message, detail;
+};
+
+template <class T> void expect_refusals_of(std::initializer_list<refused_call> calls)
+{
+    for (refused_call const& k : calls)
+        EXPECT_REFUSAL_DETAIL_OF(T, k.call(), k.routine, k.message, k.detail);
+}
+
+} // namespace varnow::test
