@@ -113,50 +113,45 @@ TYPED_TEST(DataFiles, GoThroughPackedFilesWhenTheArgumentSaysSo)
 {
     folder const files;
     use_as_temporary(files.make_folder("temporary"));
-    TypeParam a(20, 3);
+    TypeParam a(20, 3), b;
     a.test();
+    std::string const content = test::show(a), place = files.path("");
+    auto write = [&](char const* name, int gz, char dec, int fatal) {
+        return write_data(a, (place + name).c_str(), gz, 0, 1, 1, 1, ';', dec, fatal);
+    };
+    auto read = [&](char const* name, int gz, int fatal) {
+        return read_data(b, (place + name).c_str(), gz, 0, 1, 1, 1, ';', fatal);
+    };
     for (int gz : {0, 1}) {
-        std::string const name = files.path(gz ? "packed" : "plain.gz");
-        TypeParam b;
-        EXPECT_EQ(write_data(a, name.c_str(), gz, 0, 1, 1, 1, ';', ',', 1), 0);
-        EXPECT_EQ(read_data(b, name.c_str(), gz, 0, 1, 1, 1, ';', 1), 0);
-        EXPECT_EQ(test::show(b), test::show(a));
+        char const* const name = gz ? "packed" : "plain.gz";
+        b = TypeParam();
+        EXPECT_EQ(write(name, gz, ',', 1), 0);
+        EXPECT_EQ(read(name, gz, 1), 0);
+        EXPECT_EQ(test::show(b), content);
     }
-    EXPECT_EQ(files.names(), (std::vector<std::string>{"packed.gz", "plain.gz", "temporary"}));
     EXPECT_EQ(files.bytes("plain.gz").substr(0, 9), "\"ROWNAME\"");
     EXPECT_EQ(files.bytes("packed.gz").substr(0, 2), "\x1F\x8B");
-    EXPECT_TRUE(std::filesystem::is_empty(files.path("temporary")));
-}
+    EXPECT_EQ(files.names(), (std::vector<std::string>{"packed.gz", "plain.gz", "temporary"}));
 
-TYPED_TEST(DataFiles, ReportWhatPackingReports)
-{
-    folder const files;
-    use_as_temporary(files.make_folder("temporary"));
-    TypeParam a(2, 2);
-    a.test();
-    std::string const missing = files.path("missing"), damaged = files.path("damaged"),
-                      nowhere = files.path("no/folder/x"), ragged = files.path("ragged"),
-                      content = test::show(a);
+    // what packing reports is reported
     files.put("damaged.gz", "\x1F\x8B damaged");
-    gzip(files.put("ragged", "a;b\n1\n").c_str(), (ragged + ".gz").c_str());
-    auto read = [&](std::string const& name, int fatal) {
-        return read_data(a, name.c_str(), 1, 0, 0, 1, 0, ';', fatal);
-    };
-    EXPECT_EQ(outcome([&] { return read(missing, 0); }), failure("Opening", missing + ".gz"));
-    EXPECT_EQ(outcome([&] { return read(damaged, 0); }), failure("Reading", damaged + ".gz"));
-    EXPECT_EQ(outcome([&] { return write_data(a, nowhere.c_str(), 1); }),
-              failure("Opening", nowhere + ".gz"));
-    EXPECT_EQ(test::show(a), content);
+    gzip(files.put("ragged", "a;b\n1\n").c_str(), files.path("ragged.gz").c_str());
+    std::vector<std::string> const before = files.names();
+    EXPECT_EQ(outcome([&] { return read("missing", 1, 0); }),
+              failure("Opening", place + "missing.gz"));
+    EXPECT_EQ(outcome([&] { return read("damaged", 1, 0); }),
+              failure("Reading", place + "damaged.gz"));
+    EXPECT_EQ(outcome([&] { return write("no/x", 1, '.', 1); }),
+              failure("Opening", place + "no/x.gz"));
+    EXPECT_EQ(test::show(b), content);
 
     // refusals end the process: the temporary file goes all the same
-    std::vector<std::string> const before = files.names();
     auto expect_end = [](auto call, char const* message) {
         EXPECT_EXIT(call(), testing::ExitedWithCode(0), testing::HasSubstr(message));
     };
-    expect_end([&] { read(ragged, 1); }, "zmienna liczba elementow w wierszu: 2\nplik: ");
-    expect_end([&] { read(damaged, 1); }, "nieudane otwarcie pliku do odczytu\nplik: ");
-    expect_end([&] { write_data(a, ragged.c_str(), 1, 0, 0, 1, 0, ';', '?', 0); },
-               "oczekiwany separator dziesietny");
+    expect_end([&] { read("ragged", 1, 1); }, "zmienna liczba elementow w wierszu: 2\nplik: ");
+    expect_end([&] { read("damaged", 1, 1); }, "nieudane otwarcie pliku do odczytu\nplik: ");
+    expect_end([&] { write("ragged", 1, '?', 0); }, "oczekiwany separator dziesietny");
     EXPECT_TRUE(std::filesystem::is_empty(files.path("temporary")));
     EXPECT_EQ(files.names(), before);
 }

@@ -104,7 +104,7 @@ namespace varnow::test {
 struct refused_call
 {
     std::function<void()> call;
-    std::string routine, message, detail;
+    std::string routine, message, detail = "";
 };
 
 template <class T> void expect_refusals_of(std::initializer_list<refused_call> calls)
