@@ -32,46 +32,34 @@ std::string content(std::FILE* f)
     return bytes;
 }
 
-TEST(BinDump, HasTheStatedForm)
+TEST(BinDump, HasTheStatedFormAndComesBackFromAmongOtherData)
 {
-    matrix m("1,5 -0,0000001; 1000000 4");
+    matrix m("1,5 -0,0000001 0; 1000000 4 1,0000004"), r(2, 3), empty;
+    m.cell[0][2] = std::nan("");
     m.cell[1][1] = -INFINITY;
     m.colname(1) = "a b";
     m.rowname(2) = "3";
-    folder const files;
-    stream const f = open(files, "w+b");
-    m.writebin(f.get());
-    matrix(0, 2).writebin(f.get());
-    EXPECT_EQ(content(f.get()), "2 2 3 a b0 0 1.500000 -0.000000 1 31000000.000000 -inf 0 2 0 0 ");
-}
-
-TEST(BinDump, ComesBackFromAmongOtherData)
-{
-    matrix m("1,5 2; 1,0000004 4");
-    m.cell[1][1] = std::nan("");
-    m.colname(2) = "second one";
-    m.rowname(1) = "1";
+    r.rowname(1) = "previous";
+    double* const cells = r.cell[0];
     folder const files;
     stream const f = open(files, "w+b");
     std::fputs("before ", f.get());
     m.writebin(f.get());
-    matrix(3, 0).writebin(f.get());
+    matrix(0, 2).writebin(f.get());
     std::fputs("after", f.get());
-    std::rewind(f.get());
-
+    EXPECT_EQ(content(f.get()), "before 2 3 3 a b0 0 0 1.500000 -0.000000 nan "
+                                "1 31000000.000000 -inf 1.000000 0 2 0 0 after");
     char word[10];
-    matrix r(2, 2), empty;
-    double* const cells = r.cell[0];
-    r.rowname(2) = "previous";
+    std::rewind(f.get());
     ASSERT_EQ(std::fscanf(f.get(), "%9s", word), 1);
     r.readbin(f.get());
     empty.readbin(f.get());
     ASSERT_EQ(std::fscanf(f.get(), "%9s", word), 1);
     EXPECT_STREQ(word, "after");
     EXPECT_EQ(r.cell[0], cells);
-    EXPECT_EQ(test::show(r), "2x2 . second one | 1: 1.5 2 | .: 1 NaN");
-    EXPECT_EQ(r(2, 1), 1); // six decimals survive
-    EXPECT_EQ(test::show(empty), "3x0 | .: | .: | .:");
+    EXPECT_EQ(test::show(r), "2x3 a b . . | .: 1.5 . NaN | 3: 1e+06 -inf 1");
+    EXPECT_EQ(r(2, 3), 1); // six decimals survive
+    EXPECT_EQ(test::show(empty), "0x2 . .");
 }
 
 TEST(BinDumpDeathTest, RefusesDamage)

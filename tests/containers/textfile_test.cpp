@@ -3,8 +3,7 @@
 #include <tests/support/folder.h>
 #include <tests/support/number.h>
 
-#include <varnow/containers/matrix.h>
-#include <varnow/containers/table.h>
+#include <varnow/containers/slicing.h>
 
 #include <algorithm>
 #include <atomic>
@@ -267,9 +266,7 @@ TEST(WriteTxt, WritesEveryFieldInItsForm)
     m.cnames[0] = "a.b,c";
     m.rnames[0] = "r\"1\"";
     rows_only.rnames[1] = "r";
-    table t(2, 2);
-    t.cell[0][0] = "1,5.";
-    t.cell[0][1] = "%s%n%d";
+    table t = c("1,5.", "%s%n%d") & c("", "");
     t.cell[1][1] = Text("a\0b", 3);
     t.cnames[1] = "x.y,z";
     t.rnames[1] = "%n";
