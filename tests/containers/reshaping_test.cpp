@@ -78,9 +78,8 @@ TYPED_TEST(Reshaping, ReadsAndWritesColumnByColumn)
     EXPECT_EQ(after(a, &D::reshape, 3, 2), "3x2 . . | .: 11 12 | .: 21 22 | .: 31 32");
     EXPECT_EQ(after(D(), &D::reshape, 0, 2), "0x2 . .");
     D large(40, 21);
+    large.flipud();
     for (int k = 0; k < 840; ++k) large.cell[k % 40][k / 40] = cell<T>(k + 1);
-    large.flipud();
-    large.flipud();
     large.reshape(35, 24);
     for (int k = 0; k < 840; ++k) ASSERT_EQ(large.cell[k % 35][k / 35], cell<T>(k + 1));
 }
