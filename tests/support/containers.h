@@ -1,13 +1,12 @@
 // Containers for tests, and what they hold as one readable line.
 #pragma once
 
-#include "tests/support/refusal.h"
+#include "tests/support/refusals.h"
 
 #include <varnow/containers/data.h>
 
 #include <cmath>
 #include <cstdio>
-#include <functional>
 #include <initializer_list>
 #include <string>
 
@@ -100,17 +99,11 @@ template <class T> std::string routine(std::string s)
 
 namespace varnow::test {
 
-// A call and what it prints, with place-holders in the routine.
-struct refused_call
+// Each call prints its refusal on this cell type; the routines have place-holders.
+template <class T> void expect_refusals_of(std::initializer_list<refusal> cases)
 {
-    std::function<void()> call;
-    std::string routine, message, detail = "";
-};
-
-template <class T> void expect_refusals_of(std::initializer_list<refused_call> calls)
-{
-    for (refused_call const& k : calls)
-        EXPECT_REFUSAL_DETAIL_OF(T, k.call(), k.routine, k.message, k.detail);
+    for (refusal const& r : cases)
+        EXPECT_REFUSAL_DETAIL_OF(T, r.call(), r.routine, r.message, r.detail);
 }
 
 } // namespace varnow::test
