@@ -2,7 +2,10 @@
 
 #include "tests/support/containers.h"
 
+#include <algorithm>
 #include <climits>
+#include <utility>
+#include <vector>
 
 using namespace varnow;
 using namespace varnow::test;
@@ -12,88 +15,72 @@ namespace {
 template <class T> class Access : public testing::Test
 {
 };
-template <class T> class AccessDeathTest : public testing::Test
-{
-};
+template <class T> using AccessDeathTest = Access<T>;
 TYPED_TEST_SUITE(Access, CellTypes);
 TYPED_TEST_SUITE(AccessDeathTest, CellTypes);
 
 } // namespace
 
-TYPED_TEST(Access, ReachesACellByNumbersAndNames)
+TYPED_TEST(Access, ReachesCellsAndColumnsByNumbersAndNames)
 {
     using T = TypeParam;
     data<T> a = grid<T>(2, 3);
     data<T> const& same = a;
     a(2, 3) = cell<T>(7);
-    EXPECT_EQ(same(2, 3), cell<T>(7));
     a.rowname(2) = "b";
     a.colname(3) = "A";
-    EXPECT_EQ(&a("B", "a"), &a.cell[1][2]);
-    EXPECT_EQ(&a(2, "a"), &a.cell[1][2]);
-    EXPECT_EQ(&a("B", 3), &a.cell[1][2]);
-    EXPECT_EQ(&same("B", "a"), &a.cell[1][2]);
-    EXPECT_EQ(&same(2, "a"), &a.cell[1][2]);
-    EXPECT_EQ(&same("B", 3), &a.cell[1][2]);
-}
-
-TYPED_TEST(Access, CountsAlongARowOrDownAColumn)
-{
-    using T = TypeParam;
+    for (T const* found : std::vector<T const*>{&a("B", "a"), &a(2, "a"), &a("B", 3), &same(2, 3),
+                                                &same("B", "a"), &same(2, "a"), &same("B", 3)})
+        EXPECT_EQ(found, &a.cell[1][2]);
     EXPECT_EQ(grid<T>(1, 3)(2), cell<T>(12));
     EXPECT_EQ(grid<T>(3, 1)(2), cell<T>(21));
     EXPECT_EQ(grid<T>(1, 1)(1), cell<T>(11));
+    EXPECT_EQ(show(a[2]), "2x1 c2 | r1: 12 | b: 22");
+    EXPECT_EQ(show(a["a"]), "2x1 a | r1: 13 | b: 7") << "the name as given";
+    EXPECT_EQ(show(a[Text("c1")]), "2x1 c1 | r1: 11 | b: 21");
 }
 
 TYPED_TEST(AccessDeathTest, RefusesWhatIsNotThere)
 {
     using T = TypeParam;
-    data<T> a = grid<T>(2, 3);
+    data<T> a = grid<T>(2, 3), row = grid<T>(1, 2), column = grid<T>(3, 1);
     data<T> const& same = a;
-    std::string const range = "indeks poza zakresem";
-    std::string const cell_routine = "_T_ & operator ()(int,int)";
-    EXPECT_REFUSAL_DETAIL_OF(T, a(3, 1), cell_routine, range, "2 x 3 : ( 3 , 1 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a(0, 1), cell_routine, range, "2 x 3 : ( 0 , 1 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, same(1, 4), cell_routine, range, "2 x 3 : ( 1 , 4 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a(INT_MIN, INT_MAX), cell_routine, range,
-                             "2 x 3 : ( -2147483648 , 2147483647 )");
-
-    std::string const one = "_T_ & operator ()(int)";
-    std::string const shape = "oczekiwany wektor kolumnowy lub wierszowy";
-    EXPECT_REFUSAL_OF(T, a(9), one, shape);
-    EXPECT_REFUSAL_OF(T, (data<T>(1, 0)(1)), one, shape);
-    EXPECT_REFUSAL_OF(T, (data<T>(0, 1)(1)), one, shape);
-    EXPECT_REFUSAL_OF(T, data<T>()(1), one, shape);
-    EXPECT_REFUSAL_DETAIL_OF(T, (grid<T>(1, 2)(3)), one, range, "1 x 2 : ( 3 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, (grid<T>(3, 1)(0)), one, range, "3 x 1 : ( 0 )");
-
-    EXPECT_REFUSAL_DETAIL_OF(T, a(3, "x"), "_T_ & operator ()(int,Text)",
-                             "numer wiersza poza zakresem", "2 x 3 : ( 3 , x )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a(1, "x"), "_T_ & operator ()(int,Text)", "nie znaleziono kolumny",
-                             "2 x 3 : ( 1 , x )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a("x", 4), "_T_ & operator ()(Text,int)",
-                             "numer kolumny poza zakresem", "2 x 3 : ( x , 4 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a("x", 1), "_T_ & operator ()(Text,int)", "nie znaleziono wiersza",
-                             "2 x 3 : ( x , 1 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a("x", "y"), "_T_ & operator ()(Text,Text)",
-                             "nie znaleziono wiersza", "2 x 3 : ( x , y )");
-    EXPECT_REFUSAL_DETAIL_OF(T, a("R1", "y"), "_T_ & operator ()(Text,Text)",
-                             "nie znaleziono kolumny", "2 x 3 : ( R1 , y )");
-
-    EXPECT_REFUSAL_OF(T, a[0], "_data_ operator [](int)", "kolumna poza zakresem");
-    EXPECT_REFUSAL_OF(T, a[4], "_data_ operator [](int)", "kolumna poza zakresem");
-    EXPECT_REFUSAL_OF(T, a["x"], "_data_ operator [](Text)", "nie znaleziono kolumny");
-    EXPECT_REFUSAL_DETAIL_OF(T, a.colname(4), "Text & colname(int)", range, "3 : ( 4 )");
-    EXPECT_REFUSAL_DETAIL_OF(T, same.rowname(0), "Text & rowname(int)", range, "2 : ( 0 )");
-}
-
-TYPED_TEST(Access, AColumnComesWithItsNames)
-{
-    using T = TypeParam;
-    data<T> const a = grid<T>(2, 2);
-    EXPECT_EQ(show(a[2]), "2x1 c2 | r1: 12 | r2: 22");
-    EXPECT_EQ(show(a["C2"]), "2x1 C2 | r1: 12 | r2: 22") << "the name as given";
-    EXPECT_EQ(show(a[Text("c1")]), "2x1 c1 | r1: 11 | r2: 21");
+    std::string const at = "_T_ & operator ()", along = at + "(int)",
+                      range = "indeks poza zakresem",
+                      shape = "oczekiwany wektor kolumnowy lub wierszowy",
+                      no_row = "nie znaleziono wiersza", no_column = "nie znaleziono kolumny",
+                      search = "int find_cell(_T_,int,int)",
+                      start = "wiersz startowy jest poza zakresem";
+    expect_refusals_of<T>({
+        {[&] { a(3, 1); }, at + "(int,int)", range, "2 x 3 : ( 3 , 1 )"},
+        {[&] { a(0, 1); }, at + "(int,int)", range, "2 x 3 : ( 0 , 1 )"},
+        {[&] { same(1, 4); }, at + "(int,int)", range, "2 x 3 : ( 1 , 4 )"},
+        {[&] { a(INT_MIN, INT_MAX); }, at + "(int,int)", range,
+         "2 x 3 : ( -2147483648 , 2147483647 )"},
+        {[&] { a(9); }, along, shape},
+        {[&] { data<T>(1, 0)(1); }, along, shape},
+        {[&] { data<T>(0, 1)(1); }, along, shape},
+        {[&] { row(3); }, along, range, "1 x 2 : ( 3 )"},
+        {[&] { column(0); }, along, range, "3 x 1 : ( 0 )"},
+        {[&] { a(3, "x"); }, at + "(int,Text)", "numer wiersza poza zakresem", "2 x 3 : ( 3 , x )"},
+        {[&] { a(1, "x"); }, at + "(int,Text)", no_column, "2 x 3 : ( 1 , x )"},
+        {[&] { a("x", 4); }, at + "(Text,int)", "numer kolumny poza zakresem", "2 x 3 : ( x , 4 )"},
+        {[&] { a("x", 1); }, at + "(Text,int)", no_row, "2 x 3 : ( x , 1 )"},
+        {[&] { a("x", "y"); }, at + "(Text,Text)", no_row, "2 x 3 : ( x , y )"},
+        {[&] { a("R1", "y"); }, at + "(Text,Text)", no_column, "2 x 3 : ( R1 , y )"},
+        {[&] { a[0]; }, "_data_ operator [](int)", "kolumna poza zakresem"},
+        {[&] { a[4]; }, "_data_ operator [](int)", "kolumna poza zakresem"},
+        {[&] { a["x"]; }, "_data_ operator [](Text)", no_column},
+        {[&] { a.colname(4); }, "Text & colname(int)", range, "3 : ( 4 )"},
+        {[&] { same.rowname(0); }, "Text & rowname(int)", range, "2 : ( 0 )"},
+        // the column comes first
+        {[&] { a.find_cell(cell<T>(1), 4, 9); }, search, "wybrana kolumna jest poza zakresem"},
+        {[&] { a.find_cell(cell<T>(1), 1, 3); }, search, start},
+        {[&] { a.find_cell(cell<T>(1), 1, 0); }, search, start},
+        {[&] { a.newrows(-1); }, "void newrows(int)", "ujemny parametr"},
+    });
+    EXPECT_REFUSAL(grid<Text>(2, 2).find_cell("22", "C2", 1, 0), "TABLE",
+                   "int find_cell(Text,Text,int,int)", "nie znaleziono wybranej kolumny");
 }
 
 TYPED_TEST(Access, FindsTheFirstLineOfAName)
@@ -101,23 +88,22 @@ TYPED_TEST(Access, FindsTheFirstLineOfAName)
     using T = TypeParam;
     data<T> a(3, 4);
     a.colname(2) = "X";
-    a.colname(3) = "x";
+    a.colname(3) = a.rowname(3) = "x";
     a.colname(4) = "z\xB1";
-    a.rowname(3) = "x";
-    EXPECT_EQ(a.find_col("x"), 3);
-    EXPECT_EQ(a.find_col("x", 0), 3);
-    EXPECT_EQ(a.find_col("x", 1), 2);
-    EXPECT_EQ(find_col(a, "x", 7), 2);
-    EXPECT_EQ(a.find_col("Z\xB1", 1), 4);
-    EXPECT_EQ(a.find_col("Z\xA1", 1), 0) << "letters beyond ASCII have no case";
-    EXPECT_EQ(a.find_col("xx", 1), 0);
-    EXPECT_EQ(a.find_col("", 0), 1);
-    EXPECT_EQ(a.find_row("X", 0), 0);
-    EXPECT_EQ(find_row(a, "X", 1), 3);
-    for (data<T> const& none : {data<T>(), data<T>(0, 0)}) {
-        EXPECT_EQ(none.find_col("", 1), 0);
-        EXPECT_EQ(none.find_row("", 0), 0);
-    }
+    auto found = [&a](char const* name, int nocase) {
+        EXPECT_EQ(data<T>(0, 0).find_col(name, nocase), 0);
+        EXPECT_EQ(data<T>().find_row(name, nocase), 0);
+        return std::pair(a.find_col(name, nocase), find_row(a, name, nocase));
+    };
+    EXPECT_EQ(found("x", 0), std::pair(3, 3));
+    EXPECT_EQ(found("x", 1), std::pair(2, 3));
+    EXPECT_EQ(found("X", 0), std::pair(2, 0));
+    EXPECT_EQ(found("X", 7), std::pair(2, 3));
+    EXPECT_EQ(found("", 0), std::pair(1, 1));
+    EXPECT_EQ(found("Z\xB1", 1), std::pair(4, 0));
+    EXPECT_EQ(found("Z\xA1", 1), std::pair(0, 0)) << "letters beyond ASCII have no case";
+    EXPECT_EQ(a.find_row("X"), 0);
+    EXPECT_EQ(find_col(a, "x"), 3);
 }
 
 TYPED_TEST(Access, FindsACellDownAColumn)
@@ -128,47 +114,25 @@ TYPED_TEST(Access, FindsACellDownAColumn)
     EXPECT_EQ(a.find_cell(cell<T>(22), 2), 2);
     EXPECT_EQ(a.find_cell(cell<T>(22), 2, 3), 4);
     EXPECT_EQ(a.find_cell(cell<T>(22), 1, 1), 0);
+    EXPECT_EQ(grid<Text>(2, 2).find_cell("22", "C2", 1, 1), 2);
     a(3, 1) = __NAN<T>();
     // a NaN equals nothing, the empty text every empty text
     EXPECT_EQ(a.find_cell(__NAN<T>(), 1, 1), (std::is_same<T, Text>::value ? 3 : 0));
 }
 
-TYPED_TEST(AccessDeathTest, ASearchRefusesItsColumnBeforeItsRow)
-{
-    using T = TypeParam;
-    data<T> a = grid<T>(2, 2);
-    std::string const by_number = "int find_cell(_T_,int,int)";
-    EXPECT_REFUSAL_OF(T, a.find_cell(cell<T>(1), 3, 9), by_number,
-                      "wybrana kolumna jest poza zakresem");
-    EXPECT_REFUSAL_OF(T, a.find_cell(cell<T>(1), 1, 3), by_number,
-                      "wiersz startowy jest poza zakresem");
-    EXPECT_REFUSAL_OF(T, a.find_cell(cell<T>(1), 1, 0), by_number,
-                      "wiersz startowy jest poza zakresem");
-}
-
-TEST(AccessDeathTest, TextsAreSearchedByColumnNameToo)
-{
-    table const a = grid<Text>(2, 2);
-    EXPECT_EQ(a.find_cell("22", "C2", 1, 1), 2);
-    EXPECT_REFUSAL(a.find_cell("22", "C2", 1, 0), "TABLE", "int find_cell(Text,Text,int,int)",
-                   "nie znaleziono wybranej kolumny");
-}
-
 TYPED_TEST(Access, NamesAreCopiedAsFarAsBothReach)
 {
     using T = TypeParam;
-    data<T> const a = grid<T>(3, 2);
-    auto show_names = [&a](void (*copy)(data<T> const&, data<Text>&), int rows, int cols) {
+    auto names = [](void (*copy)(data<T> const&, data<Text>&), int rows, int cols) {
         data<Text> b(rows, cols);
-        for (int i = 0; i < rows; ++i) b.rnames[i] = "R";
-        for (int j = 0; j < cols; ++j) b.cnames[j] = "C";
-        copy(a, b);
+        std::fill_n(b.rnames, rows, Text("R"));
+        std::fill_n(b.cnames, cols, Text("C"));
+        copy(grid<T>(3, 2), b);
         return show(b);
     };
-    EXPECT_EQ(show_names(copynames, 2, 3), "2x3 c1 c2 C | r1: . . . | r2: . . .");
-    EXPECT_EQ(show_names(copynames, 4, 1), "4x1 c1 | r1: . | r2: . | r3: . | R: .");
-    EXPECT_EQ(show_names(copynames_r2r, 1, 1), "1x1 C | r1: .");
-    EXPECT_EQ(show_names(copynames_c2c, 1, 1), "1x1 c1 | R: .");
-    EXPECT_EQ(show_names(copynames_r2c, 1, 4), "1x4 r1 r2 r3 C | R: . . . .");
-    EXPECT_EQ(show_names(copynames_c2r, 3, 1), "3x1 C | c1: . | c2: . | R: .");
+    EXPECT_EQ(names(copynames, 2, 3), "2x3 c1 c2 C | r1: . . . | r2: . . .");
+    EXPECT_EQ(names(copynames_r2r, 4, 1), "4x1 C | r1: . | r2: . | r3: . | R: .");
+    EXPECT_EQ(names(copynames_c2c, 1, 1), "1x1 c1 | R: .");
+    EXPECT_EQ(names(copynames_r2c, 1, 4), "1x4 r1 r2 r3 C | R: . . . .");
+    EXPECT_EQ(names(copynames_c2r, 3, 1), "3x1 C | c1: . | c2: . | R: .");
 }

@@ -1,10 +1,11 @@
+#include <tests/support/containers.h>
 #include <tests/support/folder.h>
-#include <tests/support/refusal.h>
 
 #include <varnow/containers/compress.h>
 
 #include <cstdlib>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -37,31 +38,29 @@ template <class F> std::string outcome(F f)
     return std::to_string(result) + " " + testing::internal::GetCapturedStderr();
 }
 
+std::string failure(std::string const& action, std::string const& name)
+{
+    return "1 ERROR: " + action + " file `" + name + "' failed.\n";
+}
+
 TEST(Gzip, PacksAndUnpacksAnyBytes)
 {
     folder const files;
-    std::string const contents[] = {"",
-                                    "a",
-                                    "text\r\nwith lines\n",
-                                    noise(1000, 256),
-                                    noise(700000, 256),
-                                    std::string(3000000, 'a')};
-    for (std::string const& bytes : contents) {
-        std::string const in = files.put("in", bytes), packed = files.path("packed"),
-                          out = files.put("out", "older");
+    std::string const out = files.path("out");
+    for (std::string const& bytes : {std::string(), std::string("text\r\nwith lines\n"),
+                                     noise(700000, 256), std::string(3000000, 'a')}) {
+        std::string const in = files.put("in", bytes), packed = files.path("packed");
+        files.put("out", "older");
         EXPECT_EQ(gzip(in.c_str(), packed.c_str()), 0);
         EXPECT_EQ(files.bytes("packed").substr(0, 3), "\x1F\x8B\x08");
         EXPECT_EQ(gunzip(packed.c_str(), out.c_str()), 0);
         EXPECT_TRUE(files.bytes("out") == bytes);
     }
-    EXPECT_LT(files.bytes("packed").size(), 10000u);
+    std::string const once = files.bytes("packed");
+    EXPECT_LT(once.size(), 10000u);
     // files packed one after the other are one file
-    std::string const a = files.put("a", "first "), b = files.put("b", "second");
-    gzip(a.c_str(), files.path("a.gz").c_str());
-    gzip(b.c_str(), files.path("b.gz").c_str());
-    std::string const both = files.put("both.gz", files.bytes("a.gz") + files.bytes("b.gz"));
-    EXPECT_EQ(gunzip(both.c_str(), files.path("both").c_str()), 0);
-    EXPECT_EQ(files.bytes("both"), "first second");
+    EXPECT_EQ(gunzip(files.put("packed", once + once).c_str(), out.c_str()), 0);
+    EXPECT_TRUE(files.bytes("out") == std::string(6000000, 'a'));
 }
 
 TEST(Gzip, TellsWhatFailsAndLeavesNothingHalf)
@@ -75,40 +74,31 @@ TEST(Gzip, TellsWhatFailsAndLeavesNothingHalf)
     bad_sum[bytes.size() - 6] ^= 1;
     std::string const place = files.make_folder("folder"), missing = files.path("missing"),
                       nowhere = files.path("no/folder/x"), out = files.put("out", "older");
-    struct example
-    {
-        int (*f)(char const*, char const*);
-        std::string in, out, failure;
+    auto expect = [&](auto f, std::string const& in, std::string const& to, char const* action,
+                      std::string const& name) {
+        EXPECT_EQ(outcome([&] { return f(in.c_str(), to.c_str()); }), failure(action, name));
+        EXPECT_EQ(files.bytes("out"), "older");
     };
-    std::vector<example> examples = {
-        {gzip, missing, out, "Opening file `" + missing},
-        {gunzip, missing, out, "Opening file `" + missing},
-        {gzip, good, nowhere, "Opening file `" + nowhere},
-        {gunzip, packed, nowhere, "Opening file `" + nowhere},
-        {gzip, good, place, "Opening file `" + place},
-        {gunzip, packed, place, "Opening file `" + place},
-    };
+    std::vector<std::string> before = files.names();
+    for (auto f : {gzip, gunzip}) {
+        expect(f, missing, out, "Opening", missing);
+        for (std::string const& to : {nowhere, place})
+            expect(f, f == gzip ? good : packed, to, "Opening", to);
 #if !defined(_WIN32) // where a folder opens for reading
-    examples.push_back({gzip, place, out, "Reading file `" + place});
-    examples.push_back({gunzip, place, out, "Reading file `" + place});
+        expect(f, place, out, "Reading", place);
 #endif
-    int k = 0;
+    }
+    if (std::filesystem::exists("/dev/full"))
+        expect(gzip, good, "/dev/full", "Writing", "/dev/full");
+    EXPECT_EQ(files.names(), before);
+    std::string const damaged = files.put("damaged", "");
+    before = files.names();
     for (std::string const& damage :
          {std::string(), std::string("a"), std::string("\x1F\x8B"), std::string("never packed"),
           bytes.substr(0, 15), bytes.substr(0, bytes.size() / 2), bytes.substr(0, bytes.size() - 1),
-          bytes.substr(0, bytes.size() - 8), flipped, bad_sum}) {
-        std::string const damaged = files.put("damaged" + std::to_string(k++), damage);
-        examples.push_back({gunzip, damaged, out, "Reading file `" + damaged});
-    }
-    if (std::filesystem::exists("/dev/full"))
-        examples.push_back({gzip, good, "/dev/full", "Writing file `/dev/full"});
-
-    std::vector<std::string> const before = files.names();
-    for (example const& e : examples) {
-        SCOPED_TRACE(e.in);
-        EXPECT_EQ(outcome([&] { return e.f(e.in.c_str(), e.out.c_str()); }),
-                  "1 ERROR: " + e.failure + "' failed.\n");
-        EXPECT_EQ(files.bytes("out"), "older");
+          flipped, bad_sum}) {
+        files.put("damaged", damage);
+        expect(gunzip, damaged, out, "Reading", damaged);
     }
     EXPECT_EQ(files.names(), before);
 }
@@ -123,57 +113,47 @@ TYPED_TEST(DataFiles, GoThroughPackedFilesWhenTheArgumentSaysSo)
 {
     folder const files;
     use_as_temporary(files.make_folder("temporary"));
-    TypeParam a(20, 3);
+    TypeParam a(20, 3), b;
     a.test();
+    std::string const content = test::show(a), place = files.path("");
+    auto write = [&](char const* name, int gz, char dec, int fatal) {
+        return write_data(a, (place + name).c_str(), gz, 0, 1, 1, 1, ';', dec, fatal);
+    };
+    auto read = [&](char const* name, int gz, int fatal) {
+        return read_data(b, (place + name).c_str(), gz, 0, 1, 1, 1, ';', fatal);
+    };
     for (int gz : {0, 1}) {
-        std::string const name = files.path(gz ? "packed" : "plain.gz");
-        TypeParam b;
-        EXPECT_EQ(write_data(a, name.c_str(), gz, 0, 1, 1, 1, ';', ',', 1), 0);
-        EXPECT_EQ(read_data(b, name.c_str(), gz, 0, 1, 1, 1, ';', 1), 0);
-        EXPECT_EQ(b.rows, 20);
-        EXPECT_EQ(b(20, 3), a(20, 3));
-        EXPECT_EQ(b.rowname(20), "R20");
-        EXPECT_EQ(b.colname(3), "C3");
+        char const* const name = gz ? "packed" : "plain.gz";
+        b = TypeParam();
+        EXPECT_EQ(write(name, gz, ',', 1), 0);
+        EXPECT_EQ(read(name, gz, 1), 0);
+        EXPECT_EQ(test::show(b), content);
     }
-    EXPECT_EQ(files.names(), (std::vector<std::string>{"packed.gz", "plain.gz", "temporary"}));
     EXPECT_EQ(files.bytes("plain.gz").substr(0, 9), "\"ROWNAME\"");
     EXPECT_EQ(files.bytes("packed.gz").substr(0, 2), "\x1F\x8B");
-    EXPECT_TRUE(std::filesystem::is_empty(files.path("temporary")));
-}
+    EXPECT_EQ(files.names(), (std::vector<std::string>{"packed.gz", "plain.gz", "temporary"}));
 
-TYPED_TEST(DataFiles, ReportWhatPackingReports)
-{
-    folder const files;
-    use_as_temporary(files.make_folder("temporary"));
-    TypeParam a(2, 2);
-    a.test();
-    std::string const missing = files.path("missing"), damaged = files.path("damaged"),
-                      nowhere = files.path("no/folder/x");
+    // what packing reports is reported
     files.put("damaged.gz", "\x1F\x8B damaged");
-    auto read = [&](std::string const& name, int fatal) {
-        return read_data(a, name.c_str(), 1, 0, 0, 1, 0, ';', fatal);
-    };
-    EXPECT_EQ(outcome([&] { return read(missing, 0); }),
-              "1 ERROR: Opening file `" + missing + ".gz' failed.\n");
-    EXPECT_EQ(outcome([&] { return read(damaged, 0); }),
-              "1 ERROR: Reading file `" + damaged + ".gz' failed.\n");
-    EXPECT_EQ(outcome([&] { return write_data(a, nowhere.c_str(), 1); }),
-              "1 ERROR: Opening file `" + nowhere + ".gz' failed.\n");
-    EXPECT_EQ(a.rows, 2);
-    EXPECT_EQ(a.colname(2), "C2");
+    gzip(files.put("ragged", "a;b\n1\n").c_str(), files.path("ragged.gz").c_str());
+    std::vector<std::string> const before = files.names();
+    EXPECT_EQ(outcome([&] { return read("missing", 1, 0); }),
+              failure("Opening", place + "missing.gz"));
+    EXPECT_EQ(outcome([&] { return read("damaged", 1, 0); }),
+              failure("Reading", place + "damaged.gz"));
+    EXPECT_EQ(outcome([&] { return write("no/x", 1, '.', 1); }),
+              failure("Opening", place + "no/x.gz"));
+    EXPECT_EQ(test::show(b), content);
 
     // refusals end the process: the temporary file goes all the same
-    std::string const ragged = files.path("ragged");
-    gzip(files.put("ragged", "a;b\n1\n").c_str(), (ragged + ".gz").c_str());
-    EXPECT_EXIT(read(ragged, 1), testing::ExitedWithCode(0),
-                testing::HasSubstr("zmienna liczba elementow w wierszu: 2\nplik: "));
-    EXPECT_EXIT(read(damaged, 1), testing::ExitedWithCode(0),
-                testing::HasSubstr("nieudane otwarcie pliku do odczytu\nplik: "));
-    EXPECT_EXIT(write_data(a, ragged.c_str(), 1, 0, 0, 1, 0, ';', '?', 0),
-                testing::ExitedWithCode(0), testing::HasSubstr("oczekiwany separator dziesietny"));
+    auto expect_end = [](auto call, char const* message) {
+        EXPECT_EXIT(call(), testing::ExitedWithCode(0), testing::HasSubstr(message));
+    };
+    expect_end([&] { read("ragged", 1, 1); }, "zmienna liczba elementow w wierszu: 2\nplik: ");
+    expect_end([&] { read("damaged", 1, 1); }, "nieudane otwarcie pliku do odczytu\nplik: ");
+    expect_end([&] { write("ragged", 1, '?', 0); }, "oczekiwany separator dziesietny");
     EXPECT_TRUE(std::filesystem::is_empty(files.path("temporary")));
-    EXPECT_EQ(files.names(),
-              (std::vector<std::string>{"damaged.gz", "ragged", "ragged.gz", "temporary"}));
+    EXPECT_EQ(files.names(), before);
 }
 
 } // namespace

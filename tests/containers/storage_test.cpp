@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <set>
+#include <utility>
 
 using namespace varnow;
 using namespace varnow::test;
@@ -21,11 +22,8 @@ TYPED_TEST_SUITE(Storage, CellTypes);
 
 template <class T> void expect_empty_object(data<T> const& a)
 {
-    EXPECT_EQ(a.rows, 0);
-    EXPECT_EQ(a.cols, 0);
-    EXPECT_EQ(a.cell, nullptr);
-    EXPECT_EQ(a.rnames, nullptr);
-    EXPECT_EQ(a.cnames, nullptr);
+    EXPECT_EQ(show(a), "0x0");
+    EXPECT_FALSE(a.cell || a.rnames || a.cnames);
 }
 
 // Cells undefined or empty alike made 7.
@@ -42,13 +40,11 @@ TYPED_TEST(Storage, StartsEmptyOrWithEmptyNames)
     using T = TypeParam;
     expect_empty_object(data<T>());
     expect_empty_object(data<T>(data<T>()));
-    for (data<T> const& a : {data<T>(0, 0), data<T>(1, 0), data<T>(0, 1), data<T>(2, 3)}) {
-        EXPECT_TRUE(a.cell && a.rnames && a.cnames);
-        for (int i = 0; i < a.rows; ++i) EXPECT_EQ(a.rnames[i].len, 0);
-        for (int j = 0; j < a.cols; ++j) EXPECT_EQ(a.cnames[j].len, 0);
-        EXPECT_EQ(show(data<T>(a)).substr(0, 3), show(a).substr(0, 3));
-    }
-    EXPECT_EQ(show_filled(data<T>(2)), "2x2 . . | .: 7 7 | .: 7 7");
+    data<T> const row(1, 0), column(0, 1), square(2);
+    for (data<T> const* a : {&row, &column, &square})
+        EXPECT_TRUE(a->cell && a->rnames && a->cnames);
+    EXPECT_EQ(show(row) + " " + show(column), "1x0 | .: 0x1 .");
+    EXPECT_EQ(show_filled(square), "2x2 . . | .: 7 7 | .: 7 7");
     EXPECT_EQ(show(data<Text>(1, 2)), "1x2 . . | .: . .");
 }
 
@@ -67,6 +63,11 @@ TYPED_TEST(Storage, CopiesAreDeepWhateverTheOrderOfTheRows)
     b(1, 1) = cell<T>(99);
     b.rowname(1) = "new";
     EXPECT_EQ(show(a), content);
+    data<T> moved = static_cast<data<T>&&>(a);
+    expect_empty_object(a);
+    EXPECT_EQ(show(moved), content);
+    a = static_cast<data<T>&&>(moved);
+    EXPECT_EQ(show(a), content);
 }
 
 TYPED_TEST(Storage, AssignmentTakesEveryNameAndKeepsFittingArrays)
@@ -75,8 +76,7 @@ TYPED_TEST(Storage, AssignmentTakesEveryNameAndKeepsFittingArrays)
     data<T> const b = grid<T>(2, 3);
     data<T> same(2, 3), taller(4, 3), wider(2, 4), fresh;
     same.rowname(1) = "old";
-    void const* const cells = same.cell;
-    void const* const names[] = {same.rnames, same.cnames, taller.cnames, wider.rnames};
+    void const* const arrays[] = {same.cell, same.rnames, same.cnames, taller.cnames, wider.rnames};
     for (data<T>* a : {&same, &taller, &wider, &fresh}) {
         *a = b;
         EXPECT_EQ(show(*a), "2x3 c1 c2 c3 | r1: 11 12 13 | r2: 21 22 23");
@@ -84,110 +84,59 @@ TYPED_TEST(Storage, AssignmentTakesEveryNameAndKeepsFittingArrays)
         *a = self;
         EXPECT_EQ(show(*a), show(b));
     }
-    EXPECT_EQ(same.cell, cells);
-    EXPECT_EQ(same.rnames, names[0]);
-    EXPECT_EQ(same.cnames, names[1]);
-    EXPECT_EQ(taller.cnames, names[2]);
-    EXPECT_EQ(wider.rnames, names[3]);
+    EXPECT_THAT(arrays, testing::ElementsAre(same.cell, same.rnames, same.cnames, taller.cnames,
+                                             wider.rnames));
     same = data<T>(2, 3);
     EXPECT_EQ(show_filled(same), "2x3 . . . | .: 7 7 7 | .: 7 7 7");
     same = data<T>();
     EXPECT_EQ(show(same), "0x0");
 }
 
-TYPED_TEST(Storage, MovesLeaveAnEmptyObject)
+TYPED_TEST(Storage, ResizeKeepsNamesOfACountThatStaysAndResizecTheCommonBlock)
 {
     using T = TypeParam;
-    data<T> a = grid<T>(1, 2);
-    data<T> b = static_cast<data<T>&&>(a);
-    expect_empty_object(a);
-    EXPECT_EQ(show(b), "1x2 c1 c2 | r1: 11 12");
-    a = static_cast<data<T>&&>(b);
-    EXPECT_EQ(show(a), "1x2 c1 c2 | r1: 11 12");
-}
-
-TYPED_TEST(Storage, ResizeKeepsTheNamesOfACountThatStays)
-{
-    using T = TypeParam;
-    struct
-    {
-        int r, c;
-        char const* after;
-    } const cases[] = {
-        {2, 3, "2x3 c1 c2 c3 | r1: 7 7 7 | r2: 7 7 7"},
-        {2, 1, "2x1 . | r1: 7 | r2: 7"},
-        {1, 3, "1x3 c1 c2 c3 | .: 7 7 7"},
-        {3, 2, "3x2 . . | .: 7 7 | .: 7 7 | .: 7 7"},
-        {2, 0, "2x0 | r1: | r2:"},
-        {0, 3, "0x3 c1 c2 c3"},
-    };
-    for (auto const& k : cases) {
-        data<T> a = grid<T>(2, 3);
+    auto expect = [](int rows, int cols, char const* resized, char const* resizedc) {
+        data<T> a = grid<T>(2, 3), b = a;
         void const* const cells = a.cell;
-        a.resize(k.r, k.c);
-        EXPECT_EQ(a.cell == cells, k.r == 2 && k.c == 3);
-        if (a.cell == cells) {
-            EXPECT_EQ(a(2, 3), cell<T>(23));
-        }
-        EXPECT_EQ(show_filled(a), k.after);
+        a.resize(rows, cols);
+        EXPECT_EQ(a.cell == cells && show(a) == show(b), rows == 2 && cols == 3);
+        EXPECT_EQ(show_filled(a), resized);
         a.free();
         expect_empty_object(a);
-        a.resize(k.r, k.c);
-        a = grid<T>(1, 1);
-        EXPECT_EQ(show(a), "1x1 c1 | r1: 11");
-    }
+        a.resize(rows, cols);
+        EXPECT_TRUE(a.rnames && a.cnames);
+        b.resizec(rows, cols);
+        EXPECT_EQ(show(b), resizedc);
+    };
+    expect(2, 3, "2x3 c1 c2 c3 | r1: 7 7 7 | r2: 7 7 7",
+           "2x3 c1 c2 c3 | r1: 11 12 13 | r2: 21 22 23");
+    expect(2, 1, "2x1 . | r1: 7 | r2: 7", "2x1 c1 | r1: 11 | r2: 21");
+    expect(1, 3, "1x3 c1 c2 c3 | .: 7 7 7", "1x3 c1 c2 c3 | r1: 11 12 13");
+    expect(3, 2, "3x2 . . | .: 7 7 | .: 7 7 | .: 7 7",
+           "3x2 c1 c2 | r1: 11 12 | r2: 21 22 | .: . .");
+    expect(1, 4, "1x4 . . . . | .: 7 7 7 7", "1x4 c1 c2 c3 . | r1: 11 12 13 .");
+    expect(0, 3, "0x3 c1 c2 c3", "0x3 c1 c2 c3");
     data<Text> t = grid<Text>(2, 3);
     t.resize(2, 2);
     EXPECT_EQ(show(t), "2x2 . . | r1: . . | r2: . .") << "cells of a new size are empty";
-}
-
-TYPED_TEST(Storage, ResizecKeepsTheCommonBlockAndClearsTheRest)
-{
-    using T = TypeParam;
-    data<T> const a = grid<T>(2, 3);
-    struct
-    {
-        int r, c;
-        char const* after;
-    } const cases[] = {
-        {3, 2, "3x2 c1 c2 | r1: 11 12 | r2: 21 22 | .: . ."},
-        {1, 4, "1x4 c1 c2 c3 . | r1: 11 12 13 ."},
-        {3, 4, "3x4 c1 c2 c3 . | r1: 11 12 13 . | r2: 21 22 23 . | .: . . . ."},
-        {0, 2, "0x2 c1 c2"},
-        {2, 3, "2x3 c1 c2 c3 | r1: 11 12 13 | r2: 21 22 23"},
-    };
-    for (auto const& k : cases) {
-        data<T> b = a;
-        b.swap_rows(1, 2);
-        b.swap_rows(2, 1);
-        b.resizec(k.r, k.c);
-        EXPECT_EQ(show(b), k.after);
-    }
     data<T> b;
     b.resizec(1, 2);
     b.newrows(0);
     b.newrows(1);
-    EXPECT_EQ(show(b), "2x2 . . | .: . . | .: . .");
     b.colname(1) = "first";
     b.newcol(b.colname(1));
     EXPECT_EQ(show(b), "2x3 first . first | .: . . . | .: . . .");
 }
 
-TEST(StorageDeathTest, NewrowsRefusesANegativeCount)
-{
-    EXPECT_REFUSAL(matrix(1, 1).newrows(-1), "MATRIX", "void newrows(int)", "ujemny parametr");
-    EXPECT_REFUSAL(table(1, 1).newrows(-1), "TABLE", "void newrows(int)", "ujemny parametr");
-}
-
 TYPED_TEST(Storage, BadSizesFailInTheAllocationAndLeaveTheObjectWhole)
 {
     using T = TypeParam;
-    EXPECT_THROW(data<T>(-1, 2), std::bad_array_new_length);
-    EXPECT_THROW(data<T>(2, -1), std::bad_array_new_length);
-    EXPECT_THROW(data<T>(INT_MAX, INT_MAX), std::bad_array_new_length);
     data<T> a = grid<T>(2, 1);
-    EXPECT_THROW(a.resize(-1, 2), std::bad_array_new_length);
-    EXPECT_THROW(a.resizec(INT_MAX, INT_MAX), std::bad_array_new_length);
+    for (auto const& [r, c] : {std::pair(-1, 2), {2, -1}, {INT_MAX, INT_MAX}}) {
+        EXPECT_THROW(data<T>(r, c), std::bad_array_new_length);
+        EXPECT_THROW(a.resize(r, c), std::bad_array_new_length);
+        EXPECT_THROW(a.resizec(r, c), std::bad_array_new_length);
+    }
     EXPECT_THROW(a.newrows(INT_MAX), std::bad_array_new_length);
     EXPECT_EQ(show(a), "2x1 c1 | r1: 11 | r2: 21");
 }
@@ -217,16 +166,12 @@ TEST(CellTypes, HaveTheirZerosMissingValuesAndConversions)
     std::uint64_t bits;
     std::memcpy(&bits, &missing, sizeof bits);
     EXPECT_EQ(bits, 0x7FF8000000000000u); // the single 0x7FC00000 widened
-    EXPECT_EQ(__NAN<Text>(), "");
     EXPECT_EQ(commod<double>(','), '.');
-    EXPECT_EQ(commod<double>(';'), ';');
     EXPECT_EQ(commod<Text>(','), ',');
     EXPECT_EQ(StoT<double>("2.5x"), 2.5);
-    EXPECT_EQ(StoT<double>(""), 0);
     EXPECT_EQ(StoT<Text>("2.5x"), "2.5x");
     EXPECT_EQ((TtoU<Text, double>("1,5")), 1.5);
     EXPECT_TRUE(std::isnan(TtoU<Text, double>("")));
-    EXPECT_EQ((TtoU<Text, int>("12")), 12);
     EXPECT_EQ((TtoU<double, Text>(2.5)), "2.500000");
     EXPECT_EQ((TtoU<double, Text>(NAN)), "");
     EXPECT_EQ((TtoU<double, int>(-2.9)), -2);

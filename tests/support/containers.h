@@ -1,7 +1,7 @@
 // Containers for tests, and what they hold as one readable line.
 #pragma once
 
-#include "tests/support/refusal.h"
+#include "tests/support/refusals.h"
 
 #include <varnow/containers/matrix.h>
 
@@ -139,3 +139,14 @@ template <class T> std::string routine(std::string s)
 #define EXPECT_REFUSAL_DETAIL_OF(T, call, routine_text, message, detail)                               \
     EXPECT_REFUSAL_DETAIL(call, varnow::test::token<T>(), varnow::test::routine<T>(routine_text), message, detail)
 // clang-format on
+
+namespace varnow::test {
+
+// Each call prints its refusal on this cell type; the routines have place-holders.
+template <class T> void expect_refusals_of(std::initializer_list<refusal> cases)
+{
+    for (refusal const& r : cases)
+        EXPECT_REFUSAL_DETAIL_OF(T, r.call(), r.routine, r.message, r.detail);
+}
+
+} // namespace varnow::test
