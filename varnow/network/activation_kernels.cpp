@@ -193,38 +193,63 @@ WIDE_PART pair pick(pair_mask first, pair a, pair b)
     return {_mm512_mask_blend_pd(first.m[0], b.v[0], a.v[0]),
             _mm512_mask_blend_pd(first.m[1], b.v[1], a.v[1])};
 }
-// -a at the places of the mask, b at the others.
-WIDE_PART pair pick_negative(pair_mask at, pair a, pair b)
+WIDE_PART pair_mask operator!(pair_mask a)
+{
+    return {static_cast<__mmask8>(~a.m[0]), static_cast<__mmask8>(~a.m[1])};
+}
+// At the places of the mask: a with the other sign; a b + c; a + b; a - b. At the others a, c, b,
+// a.
+WIDE_PART pair negative_at(pair_mask at, pair a)
 {
     __m512d const sign = _mm512_set1_pd(-0.0);
-    return {_mm512_mask_xor_pd(b.v[0], at.m[0], a.v[0], sign),
-            _mm512_mask_xor_pd(b.v[1], at.m[1], a.v[1], sign)};
+    return {_mm512_mask_xor_pd(a.v[0], at.m[0], a.v[0], sign),
+            _mm512_mask_xor_pd(a.v[1], at.m[1], a.v[1], sign)};
+}
+WIDE_PART pair multiply_add_at(pair_mask at, pair a, pair b, pair c)
+{
+    return {_mm512_mask3_fmadd_pd(a.v[0], b.v[0], c.v[0], at.m[0]),
+            _mm512_mask3_fmadd_pd(a.v[1], b.v[1], c.v[1], at.m[1])};
+}
+WIDE_PART pair add_at(pair_mask at, pair a, pair b)
+{
+    return {_mm512_mask_add_pd(b.v[0], at.m[0], a.v[0], b.v[0]),
+            _mm512_mask_add_pd(b.v[1], at.m[1], a.v[1], b.v[1])};
+}
+WIDE_PART pair less_at(pair_mask at, pair a, pair b)
+{
+    return {_mm512_mask_sub_pd(a.v[0], at.m[0], a.v[0], b.v[0]),
+            _mm512_mask_sub_pd(a.v[1], at.m[1], a.v[1], b.v[1])};
 }
 
 // What comes in for the power of 2. A small argument has k from 0 down to -3, which the last three
-// bits of `shifted` count from 7 down, as places of a table.
+// bits of `shifted` count from 7 down, as places of a table. For a large one 1 - 2^-k comes in,
+// here behind the product with 2^k, where it is as exact.
 struct powers
 {
-    pair add, take, up, down;
+    pair add, take, up;
 };
 WIDE_PART powers powers_of(pair shifted, pair_mask small)
 {
     __m512d const one = _mm512_set1_pd(1.0),
                   adds = _mm512_setr_pd(0.0, 0.0, 0.0, 0.0, 1.0, 1.0, 0.0, 0.0),
                   takes = _mm512_setr_pd(0.0, 0.0, 0.0, 0.0, 1.0, 1.0, 0.5, 0.0);
+    pair_mask const large = !small;
     powers p;
     for (int i = 0; i < 2; ++i) {
-        __m512i const place = _mm512_castpd_si512(shifted.v[i]),
-                      up = _mm512_maskz_slli_epi64(0xff, place, exponent_bits),
-                      down = _mm512_sub_epi64(_mm512_set1_epi64(twice_one), up);
-        auto const large = static_cast<__mmask8>(~small.m[i]);
-        p.up.v[i] = _mm512_castsi512_pd(up);
-        p.down.v[i] = _mm512_castsi512_pd(down);
-        p.add.v[i] = _mm512_mask_sub_pd(_mm512_maskz_permutexvar_pd(0xff, place, adds), large, one,
-                                        p.down.v[i]);
-        p.take.v[i] = _mm512_maskz_permutexvar_pd(small.m[i], place, takes);
+        __m512i const place = _mm512_castpd_si512(shifted.v[i]);
+        p.up.v[i] = _mm512_castsi512_pd(_mm512_maskz_slli_epi64(0xff, place, exponent_bits));
+        p.add.v[i] = _mm512_maskz_permutexvar_pd(small.m[i], place, adds);
+        p.take.v[i] = _mm512_mask_sub_pd(_mm512_maskz_permutexvar_pd(0xff, place, takes),
+                                         large.m[i], one, p.up.v[i]);
     }
     return p;
+}
+WIDE_PART pair inverse_power(pair up)
+{
+    __m512i const twice = _mm512_set1_epi64(twice_one);
+    for (__m512d& v : up.v)
+        v = _mm512_castsi512_pd(_mm512_sub_epi64(twice, _mm512_castpd_si512(v)));
+    return up;
 }
 
 // The fused tanh_of once more, by instructions that take the choices as masks and tables.
@@ -233,10 +258,9 @@ template <bool near> WIDE_PART pair tanh_of(pair x)
     pair const v = near ? magnitudes(x) : at_most(all_one, magnitudes(x)), size = v + v,
                one = both(1.0);
     pair_mask const small = v < 1.0, no_power = size < half_ln2;
-    pair const a = pick_negative(small, size, size);
+    pair const a = negative_at(small, size);
 
-    pair const shifted =
-        pick(no_power, both(to_exponent), multiply_add(both(per_ln2), a, both(to_exponent)));
+    pair const shifted = multiply_add_at(!no_power, both(per_ln2), a, both(to_exponent));
     pair const k = shifted - both(to_exponent);
     pair const high = less_product(both(ln2_high), k, a), low = k * both(ln2_low);
     pair const r = high - low, c = (high - r) - low;
@@ -247,14 +271,16 @@ template <bool near> WIDE_PART pair tanh_of(pair x)
     pair const q = multiply_add(s4, q3, multiply_add(s2, q2, q1)),
                t = less_product(q, half, both(3.0));
     pair const e = s * ((q - t) / less_product(r, t, both(6.0)));
-    pair const rest = pick(no_power, multiply_less(r, e, s), multiply_less(r, e - c, c) - s);
+    // Without a power c is 0.
+    pair const rest = less_at(!no_power, multiply_less(r, e - c, pick(no_power, s, c)), s);
 
     powers const p = powers_of(shifted, small);
     pair power = multiply_less(p.add - (rest - r), p.up, p.take);
-    if constexpr (!near) power = pick(k < 20.0, power, ((r - (rest + p.down)) + one) * p.up);
-    pair const quotient = pick_negative(small, power, both(2.0)) / (power + both(2.0));
-    pair const y = pick(small, quotient, one - quotient);
-    return with_sign(y, x);
+    if constexpr (!near)
+        power = pick(k < 20.0, power, ((r - (rest + inverse_power(p.up))) + one) * p.up);
+    // The sign is of no account.
+    pair const quotient = pick(small, power, both(-2.0)) / (power + both(2.0));
+    return with_sign(add_at(!small, one, quotient), x);
 }
 
 constexpr int stretch = 64;
