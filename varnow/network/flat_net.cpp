@@ -30,9 +30,12 @@ std::vector<int> entries_of(sparse const& s, int const* position, int count, std
     return entry;
 }
 
-bool all_finite(double const* w, std::size_t count)
+INLINE bool all_finite(double const* w, std::size_t count)
 {
-    return std::all_of(w, w + count, [](double x) { return std::isfinite(x); });
+    double total = 0.0; // of a number that is not finite NaN
+#pragma omp simd reduction(+ : total)
+    for (std::size_t k = 0; k < count; ++k) total += w[k] * 0.0;
+    return total == 0.0;
 }
 
 INLINE double kept(double v)
@@ -251,9 +254,10 @@ INLINE void add_together(int count, double const* v, int units, int patterns, do
                          Used const& used, Term const& term)
 {
     for (int k = 0; k < count; k += static_cast<int>(room)) {
-        std::size_t const size = std::min(room, at(count - k)) * sizeof *g;
+        std::size_t const left = at(count - k);
         cells sum = {};
-        std::memcpy(&sum, g + k, size);
+        left < room ? std::memcpy(&sum, g + k, left * sizeof *g)
+                    : std::memcpy(&sum, g + k, sizeof sum);
         for (int l = 0; l < patterns; ++l) {
             if (!used(l)) continue;
             cells c;
@@ -261,7 +265,8 @@ INLINE void add_together(int count, double const* v, int units, int patterns, do
             term(l, c);
             sum += c;
         }
-        std::memcpy(g + k, &sum, size);
+        left < room ? std::memcpy(g + k, &sum, left * sizeof *g)
+                    : std::memcpy(g + k, &sum, sizeof sum);
     }
 }
 
@@ -277,7 +282,10 @@ struct slopes
     double r[lanes];          // weights of the patterns
     double rd[lanes];         // times their deltas
     int count;
+    bool plain; // every pattern counts, by finite deltas
 };
+
+constexpr auto every = [](int) { return true; };
 
 INLINE void add_output_gradient(flat_net const& f, slopes const& s, flat_gradient g)
 {
@@ -308,12 +316,17 @@ INLINE void add_hidden_gradient(flat_net const& f, slopes const& s, double const
         auto const used = [&](int l) { return s.r[l] > 0.0 && x[l] != 0.0; };
         int const from = f.row[at(i)], to = f.row[at(i) + 1], *const unit = f.unit.data();
         if (finite && follow_each_other(unit + from, to - from)) {
-            add_together(to - from, s.d.data() + unit[from], f.n_hid, s.count, g.w1 + from, used,
-                         [&](int l, cells& c) {
-                             c *= x[l];
-                             drop_small(c);
-                             c *= s.r[l];
-                         });
+            double const* const d = s.d.data() + unit[from];
+            auto const term = [&](int l, cells& c) {
+                c *= x[l];
+                drop_small(c);
+                c *= s.r[l];
+            };
+            // Where all is plain, an x of 0 adds 0.
+            if (s.plain)
+                add_together(to - from, d, f.n_hid, s.count, g.w1 + from, every, term);
+            else
+                add_together(to - from, d, f.n_hid, s.count, g.w1 + from, used, term);
             continue;
         }
         for (int k = from; k < to; ++k)
@@ -338,24 +351,30 @@ INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns cons
                            double const* rep, bool train_hidden, flat_gradient g)
 {
     slopes s(f, w);
+    double const* const target = p.target.data();
     double total = 0.0, delta[lanes];
     for (int from = 0; from < p.n; from += lanes) {
         double const* const x = p.x.data() + at(from) * at(p.width);
         s.count = std::min(lanes, p.n - from);
         forward(f, w, x, s.b);
+        double e[lanes] = {};
+        for (int l = 0; l < s.count; ++l) e[l] = target[from + l] - s.b.y[l];
+        std::fill(std::copy_n(rep + from, s.count, s.r), s.r + lanes, 0.0);
         for (int l = 0; l < lanes; ++l) {
-            bool const there = l < s.count;
-            double const e = there ? p.target[at(from + l)] - s.b.y[l] : 0.0;
-            s.r[l] = there ? rep[from + l] : 0.0;
-            if (s.r[l] > 0.0) total += e * e * s.r[l];
-            delta[l] = e * slope(s.b.y[l], f.act_out);
+            delta[l] = e[l] * slope(s.b.y[l], f.act_out);
             s.rd[l] = s.r[l] * delta[l];
         }
+        double sum = total;
+        for (int l = 0; l < s.count; ++l)
+            if (s.r[l] > 0.0) sum += e[l] * e[l] * s.r[l];
+        total = sum;
         by_pattern(s.b.h, s.h);
         add_output_gradient(f, s, g);
         if (!train_hidden) continue;
         hidden_deltas(f, w, delta, s.b.z.data(), s.b.h.data(), s.b.d.data());
         by_pattern(s.b.d, s.d);
+        s.plain = std::all_of(s.r, s.r + s.count, [](double r) { return r > 0.0; }) &&
+                  all_finite(s.b.d.data(), s.b.d.size());
         add_hidden_gradient(f, s, x, p.finite, g);
     }
     return total;
