@@ -103,16 +103,19 @@ struct block
 {
     block(flat_net const& f, flat_weights w)
         : finite(all_finite(w.w1, f.entry.size()) && all_finite(w.w2, f.w2_unit.size())),
+          w1(f.entry.size()),
           z(at(f.n_hid) * lanes),
           h(z.size()),
           d(z.size())
     {
+        for (std::size_t c = 0; c < w1.size(); ++c) w1[c] = w.w1[f.entry[c]];
     }
 
-    bool finite;           // all weights of connections
-    std::vector<double> z; // sums of the hidden units, 0 where nothing is stored
-    std::vector<double> h; // activations, 0 likewise
-    std::vector<double> d; // deltas, 0 likewise
+    bool finite;            // all weights of connections
+    std::vector<double> w1; // by unit and input
+    std::vector<double> z;  // sums of the hidden units, 0 where nothing is stored
+    std::vector<double> h;  // activations, 0 likewise
+    std::vector<double> d;  // deltas, 0 likewise
     double y[lanes];
 };
 
@@ -169,16 +172,18 @@ INLINE void add_terms(int count, bool finite, Terms const& terms, double const* 
     }
 }
 
-INLINE void hidden_sums(flat_net const& f, flat_weights w, bool finite, double const* x, double* z)
+INLINE void hidden_sums(flat_net const& f, flat_weights w, double const* x, block& b)
 {
-    int const *const input = f.input.data(), *const entry = f.entry.data();
+    int const* const input = f.input.data();
+    double const* const w1 = b.w1.data();
+    double* z = b.z.data();
     for (int j = 0; j < f.n_hid; ++j, z += lanes) {
         int const from = f.first[at(j)], bias = f.b1_entry[at(j)];
         auto const terms = [&](int c) -> term {
             double const* const of_input = x + at(input[from + c]) * lanes;
-            return {of_input, of_input, w.w1[entry[from + c]]};
+            return {of_input, of_input, w1[from + c]};
         };
-        add_terms(f.first[at(j) + 1] - from, finite, terms, bias < 0 ? nullptr : w.b1 + bias, z);
+        add_terms(f.first[at(j) + 1] - from, b.finite, terms, bias < 0 ? nullptr : w.b1 + bias, z);
     }
 }
 
@@ -195,7 +200,7 @@ INLINE void output_sums(flat_net const& f, flat_weights w, block const& b, doubl
 
 INLINE void forward(flat_net const& f, flat_weights w, double const* x, block& b)
 {
-    hidden_sums(f, w, b.finite, x, b.z.data());
+    hidden_sums(f, w, x, b);
     activate_stored(b.z.data(), static_cast<int>(b.z.size()), f.act_hid, b.h.data());
     double z[lanes];
     output_sums(f, w, b, z);
