@@ -78,7 +78,7 @@ constexpr double Q1 = -3.33333333333331316428e-02, Q2 = 1.58730158725481460165e-
                  Q5 = -2.01099218183624371326e-07;
 
 // Below the first the power of 2 stays below 20, from the second on the result is 1.
-constexpr double far_off = 6.5, all_one = 20.0;
+constexpr double far_off = 6.75, all_one = 20.0;
 
 template <bool fused> INLINE double multiply_add(double a, double b, double c)
 {
