@@ -237,6 +237,26 @@ INLINE void find_outputs(flat_net const& f, flat_weights w, flat_patterns const&
     }
 }
 
+INLINE double find_errors(flat_net const& f, flat_weights w, flat_patterns const& p,
+                          double const* rep, double enough, double* y)
+{
+    block b(f, w);
+    double const* const target = p.target.data();
+    double total = 0.0;
+    for (int from = 0; from < p.n && !(total >= enough); from += lanes) {
+        forward(f, w, p.x.data() + at(from) * at(p.width), b);
+        int const count = std::min(lanes, p.n - from);
+        std::copy_n(b.y, count, y + from);
+        double sum = total;
+        for (int l = 0; l < count; ++l) {
+            double const e = target[from + l] - b.y[l];
+            if (rep[from + l] > 0.0) sum += rep[from + l] * (e * e);
+        }
+        total = sum;
+    }
+    return total;
+}
+
 // Room behind the last unit, so that a vector may begin at any of them.
 constexpr std::size_t room = sizeof(cells) / sizeof(double);
 
@@ -389,6 +409,9 @@ INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns cons
 #define PASSES(name, attribute)                                                                        \
     attribute void outputs_##name(flat_net const& f, flat_weights w, flat_patterns const& p, double* y) \
     { find_outputs(f, w, p, y); }                                                                      \
+    attribute double errors_##name(flat_net const& f, flat_weights w, flat_patterns const& p,          \
+                                   double const* rep, double enough, double* y)                        \
+    { return find_errors(f, w, p, rep, enough, y); }                                                   \
     attribute double gradient_##name(flat_net const& f, flat_weights w, flat_patterns const& p,        \
                                      double const* rep, bool train_hidden, flat_gradient g)            \
     { return add_gradient(f, w, p, rep, train_hidden, g); }
@@ -403,18 +426,19 @@ PASSES(wide, WIDE)
 struct passes
 {
     decltype(&outputs_any) outputs;
+    decltype(&errors_any) errors;
     decltype(&gradient_any) gradient;
 };
 
 passes const& best_passes()
 {
 #if defined(VARNOW_MACHINES)
-    static passes const all[] = {{outputs_any, gradient_any},
-                                 {outputs_narrow, gradient_narrow},
-                                 {outputs_wide, gradient_wide}};
+    static passes const all[] = {{outputs_any, errors_any, gradient_any},
+                                 {outputs_narrow, errors_narrow, gradient_narrow},
+                                 {outputs_wide, errors_wide, gradient_wide}};
     return all[machine_at_hand()];
 #else
-    static passes const only = {outputs_any, gradient_any};
+    static passes const only = {outputs_any, errors_any, gradient_any};
     return only;
 #endif
 }
@@ -424,6 +448,12 @@ passes const& best_passes()
 void flat_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y)
 {
     best_passes().outputs(f, w, p, y);
+}
+
+double flat_errors(flat_net const& f, flat_weights w, flat_patterns const& p, double const* rep,
+                   double enough, double* y)
+{
+    return best_passes().errors(f, w, p, rep, enough, y);
 }
 
 double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,

@@ -51,6 +51,11 @@ struct flat_net
 /// The value of each pattern to y.
 void flat_outputs(flat_net const& f, flat_weights w, flat_patterns const& p, double* y);
 
+/// The same, and the sum of rep times squared errors over the patterns whose rep is above 0. It may
+/// end early with what it has when that is `enough`: y is whole where the result is less.
+double flat_errors(flat_net const& f, flat_weights w, flat_patterns const& p, double const* rep,
+                   double enough, double* y);
+
 /// Adds to g, for each pattern whose rep is above 0, rep times the error times the slopes of the
 /// output; those of w1 and b1 with train_hidden only. Returns the sum of rep times squared errors.
 double add_flat_gradient(flat_net const& f, flat_weights w, flat_patterns const& p,

@@ -27,6 +27,8 @@ namespace {
 using detail::refuse_net;
 
 constexpr int most_doublings = 30, most_trials = 30;
+constexpr double infinity = std::numeric_limits<double>::infinity(),
+                 nan_value = std::numeric_limits<double>::quiet_NaN();
 
 std::size_t at(int k)
 {
@@ -97,7 +99,7 @@ public:
     /// The gradient but for its factor, unpenalised; returns the mean squared error.
     double make_gradient(bool train_hidden)
     {
-        least_ = std::numeric_limits<double>::infinity();
+        least_ = infinity;
         for (sparse* g : {&net_.gw1, &net_.gb1, &net_.gw2, &net_.gb2}) g->zeros();
         double const total =
             add_flat_gradient(flat_, detail::weights_of(net_), patterns_, rep_.data(), train_hidden,
@@ -124,15 +126,16 @@ public:
         copy_indexes();
     }
 
-    double error_along(double t, int use_penalty)
+    /// The error of trial weights; one above the limit may be any other such.
+    double error_along(double t, int use_penalty, double limit = infinity)
     {
         try_along(t);
-        return error_of_trial(use_penalty);
+        return error_of_trial(use_penalty, limit);
     }
-    double error_of_step(int use_penalty)
+    double error_of_step(int use_penalty, double limit = infinity)
     {
         try_step();
-        return error_of_trial(use_penalty);
+        return error_of_trial(use_penalty, limit);
     }
 
     double least_along(double a, double b, double tol, int use_penalty, double& least)
@@ -172,14 +175,15 @@ private:
         std::vector<double> w, y;
     };
 
-    void find_outputs(sparse const& w1, sparse const& b1, sparse const& w2, sparse const& b2,
-                      pass& to)
+    double find_errors(sparse const& w1, sparse const& b1, sparse const& w2, sparse const& b2,
+                       double enough, pass& to)
     {
         to.y.resize(patterns_.target.size());
-        flat_outputs(flat_, {w1.values, b1.values, w2.values, b2.values}, patterns_, to.y.data());
         to.w.clear();
         for (sparse const* s : {&w1, &b1, &w2, &b2})
             if (s->nnz > 0) to.w.insert(to.w.end(), s->values, s->values + s->nnz);
+        return flat_errors(flat_, {w1.values, b1.values, w2.values, b2.values}, patterns_,
+                           rep_.data(), enough, to.y.data());
     }
 
     bool belongs_to_net(pass const& known) const
@@ -196,7 +200,8 @@ private:
 
     std::vector<double> const& outputs()
     {
-        if (!belongs_to_net(best_)) find_outputs(net_.w1, net_.b1, net_.w2, net_.b2, best_);
+        if (!belongs_to_net(best_))
+            find_errors(net_.w1, net_.b1, net_.w2, net_.b2, nan_value, best_);
         return best_.y;
     }
 
@@ -207,15 +212,15 @@ private:
         return m;
     }
 
-    double error_of_trial(int use_penalty)
+    double error_of_trial(int use_penalty, double limit)
     {
-        find_outputs(net_.tw1, net_.tb1, net_.tw2, net_.tb2, last_);
-        double total = 0.0;
-        for (std::size_t p = 0; p < last_.y.size(); ++p) {
-            double const e = patterns_.target[p] - last_.y[p];
-            if (rep_[p] > 0.0) total += rep_[p] * (e * e);
-        }
+        // Enough for a mean above the limit also behind the rounding. No sum reaches a NaN.
+        double const enough = net_.rep_total > 0 && limit < infinity
+                                  ? limit * net_.rep_total * (1.0 + 1e-12)
+                                  : nan_value;
+        double const total = find_errors(net_.tw1, net_.tb1, net_.tw2, net_.tb2, enough, last_);
         double error = total / net_.rep_total;
+        if (total >= enough) return error;
         if (use_penalty) error += penalty(net_, net_.tw1, net_.tw2, net_.tb1).value();
         if (error <= least_) {
             least_ = error;
@@ -257,7 +262,7 @@ line_minimum conjugate_search(neural_net& net, learning_set& set, int train_hidd
     for (int k = 0; k < most_doublings; ++k) {
         s *= 2.0;
         double const before = e;
-        e = set.error_along(s, use_penalty);
+        e = set.error_along(s, use_penalty, before);
         if (!(e < before)) break;
     }
     double const a = s <= 2.0 * net.tau ? 0.0 : s * 0.25;
@@ -307,7 +312,9 @@ struct damped_result
     double last_error;
 };
 
-damped_result damped_search(neural_net& net, learning_set& set, double m, int use_penalty)
+// Errors above both m and `other` need not be known.
+damped_result damped_search(neural_net& net, learning_set& set, double m, double other,
+                            int use_penalty)
 {
     prepare_damped_search(net);
     double const n2 = scsqr(net.grad_vec);
@@ -316,7 +323,7 @@ damped_result damped_search(neural_net& net, learning_set& set, double m, int us
     for (int k = 1; k <= most_trials && !finished; ++k) {
         make_damped_step(net, m, l, l + n2);
         net.param2weight(net.step_vec, net.sw1, net.sb1, net.sw2, net.sb2);
-        e = set.error_of_step(use_penalty);
+        e = set.error_of_step(use_penalty, std::max(best, other));
         if (k == 1) growing = !(best > e);
         if (best > e) {
             net.gw1 = net.sw1;
@@ -367,7 +374,7 @@ int take_step(neural_net& net, learning_set& set, int use_cg, int use_gn, int tr
     if (use_cg) line = conjugate_search(net, set, train_hidden, use_penalty);
     bool const line_gains = line.error < m;
     damped_result damped = {false, 0.0};
-    if (use_gn) damped = damped_search(net, set, m, use_penalty);
+    if (use_gn) damped = damped_search(net, set, m, line.error, use_penalty);
 
     // The damped step is compared by its last trial, though the best one is taken. The errors are
     // known; the trial weights are left as if they had been found anew.
