@@ -307,7 +307,7 @@ struct slopes
     double r[lanes];          // weights of the patterns
     double rd[lanes];         // times their deltas
     int count;
-    bool plain; // every pattern counts, by finite deltas
+    bool plain; // every pattern counts, weights and deltas being finite
 };
 
 constexpr auto every = [](int) { return true; };
@@ -399,7 +399,7 @@ INLINE double add_gradient(flat_net const& f, flat_weights w, flat_patterns cons
         hidden_deltas(f, w, delta, s.b.z.data(), s.b.h.data(), s.b.d.data());
         by_pattern(s.b.d, s.d);
         s.plain = std::all_of(s.r, s.r + s.count, [](double r) { return r > 0.0; }) &&
-                  all_finite(s.b.d.data(), s.b.d.size());
+                  all_finite(s.r, lanes) && all_finite(s.b.d.data(), s.b.d.size());
         add_hidden_gradient(f, s, x, p.finite, g);
     }
     return total;

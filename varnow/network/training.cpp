@@ -214,8 +214,9 @@ private:
 
     double error_of_trial(int use_penalty, double limit)
     {
-        // Enough for a mean above the limit also behind the rounding. No sum reaches a NaN.
-        double const enough = net_.rep_total > 0 && limit < infinity
+        // Enough for a mean above the limit also behind the rounding, where that is no matter of
+        // the smallest numbers. No sum reaches a NaN.
+        double const enough = net_.rep_total > 0 && limit > 1e-290 && limit < infinity
                                   ? limit * net_.rep_total * (1.0 + 1e-12)
                                   : nan_value;
         double const total = find_errors(net_.tw1, net_.tb1, net_.tw2, net_.tb2, enough, last_);
